@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <cstdint>
+#include <cstdio> // stdout and stderr are macros on some systems: keep their expansion stable
+#include <functional>
+#include <optional>
+
+// One run of the disk-image tool.
+struct HDIUtilResult {
+    int32_t status = -1; // exit status; -1 when the tool could not be started
+    QString stdout;      // standard output, UTF-8; empty when it does not decode
+    QString stderr;      // standard error, UTF-8; the start error when the tool did not start
+
+    bool operator==(const HDIUtilResult&) const = default;
+};
+
+// How the engine runs the tool: argument list (without the program) and optional standard
+// input text. Never throws; every failure is in the result.
+using HDIUtilRunner =
+    std::function<HDIUtilResult(const QStringList& args, const std::optional<QString>& stdinText)>;
+
+// Runs the disk-image tool to completion. The standard-input text is written as its exact
+// UTF-8 bytes, with no terminator, and the pipe is then closed; an empty text still gets a
+// pipe. Both outputs are read after the tool exits.
+HDIUtilResult runHDIUtilProcess(const QStringList& args, const std::optional<QString>& stdinText);
+
+// The same, for a tool at another path (tests run a build of the tool with a cheaper key
+// derivation).
+HDIUtilResult runHDIUtilProgram(const QString& program, const QStringList& args,
+                                const std::optional<QString>& stdinText);
+
+// The mount point in the property list that "attach -plist" prints: the first entry of
+// "system-entities" with a non-empty "mount-point" text. XML and binary lists are read.
+std::optional<QString> parseMountPoint(const QString& plist);
+// The same, from raw bytes: binary lists cannot travel as text.
+std::optional<QString> parseMountPoint(const QByteArray& plist);
+
+// The mount points of one image in the property list that "info -plist" prints: the
+// "system-entities" of each entry of "images" whose "image-path" is that image.
+QStringList parseAttachedMountPoints(const QString& plist, const QString& imagePath);

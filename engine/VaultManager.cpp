@@ -1,0 +1,160 @@
+#include "VaultManager.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QStandardPaths>
+
+namespace {
+
+#ifdef Q_OS_MACOS
+const QString kImageName = QStringLiteral("vault.sparsebundle");
+#else
+// A gocryptfs folder, which gocryptfs itself can also open.
+const QString kImageName = QStringLiteral("vault.gocryptfs");
+#endif
+const QString kVolumeName = QStringLiteral("MorvantaVault");
+
+// A failed run is described by what it wrote to standard error, or else to standard output.
+QString failureMessage(const HDIUtilResult& result) {
+    return result.stderr.isEmpty() ? result.stdout : result.stderr;
+}
+
+QString defaultSupportDir() {
+    const QString data = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+    if (data.isEmpty())
+        qFatal("No folder for application data");
+    return QDir(data).filePath(QStringLiteral("Morvanta"));
+}
+
+} // namespace
+
+VaultManager::VaultManager(std::optional<QString> supportDir, HDIUtilRunner hdiutilRunner,
+                           QObject* parent)
+    : QObject(parent), m_supportDir(supportDir ? *supportDir : defaultSupportDir()),
+      m_hdiutilRunner(hdiutilRunner ? std::move(hdiutilRunner) : HDIUtilRunner(runHDIUtilProcess)) {
+    QDir().mkpath(m_supportDir);
+    detachStaleMounts();
+}
+
+VaultManager::~VaultManager() { forgetPassword(); }
+
+QString VaultManager::bundlePath() const { return QDir(m_supportDir).filePath(kImageName); }
+
+bool VaultManager::vaultExists() const { return QFileInfo::exists(bundlePath()); }
+
+void VaultManager::setIdleTimeoutSeconds(double seconds) {
+    if (seconds == m_idleTimeoutSeconds)
+        return;
+    m_idleTimeoutSeconds = seconds;
+    emit idleTimeoutSecondsChanged();
+}
+
+HDIUtilResult VaultManager::runTool(const QStringList& args,
+                                    const std::optional<QString>& stdinText) const {
+    return m_hdiutilRunner(args, stdinText);
+}
+
+void VaultManager::createVault(const QString& password) {
+    if (vaultExists())
+        throw VaultError::alreadyExists();
+    const HDIUtilResult result =
+        runTool({QStringLiteral("create"), QStringLiteral("-encryption"), QStringLiteral("AES-256"),
+                 QStringLiteral("-stdinpass"), QStringLiteral("-size"), QStringLiteral("2t"),
+                 QStringLiteral("-type"), QStringLiteral("SPARSEBUNDLE"), QStringLiteral("-fs"),
+                 QStringLiteral("APFS"), QStringLiteral("-volname"), kVolumeName, bundlePath()},
+                password);
+    // Creating does not unlock: the caller unlocks next.
+    if (result.status != 0)
+        throw VaultError::createFailed(failureMessage(result));
+}
+
+void VaultManager::unlock(const QString& password) {
+    if (!vaultExists())
+        throw VaultError::notInitialized();
+    attach(password);
+}
+
+void VaultManager::attach(const QString& password) {
+    const HDIUtilResult result = runTool({QStringLiteral("attach"), QStringLiteral("-stdinpass"),
+                                          QStringLiteral("-plist"), QStringLiteral("-nobrowse"),
+                                          bundlePath()},
+                                         password);
+    // A wrong password is not told apart from any other failure.
+    if (result.status != 0) {
+        throw VaultError::mountFailed(result.stderr.isEmpty()
+                                          ? QStringLiteral("Wrong password or corrupt vault.")
+                                          : result.stderr);
+    }
+    const std::optional<QString> mountPath = parseMountPoint(result.stdout);
+    if (!mountPath)
+        throw VaultError::mountFailed(QStringLiteral("Could not determine mount point."));
+
+    setMountPoint(QUrl::fromLocalFile(*mountPath));
+    setUnlocked(true);
+    forgetPassword();
+    // A copy of our own, so that forgetting it can overwrite it.
+    m_unlockedPassword = QString(password.constData(), password.size());
+}
+
+void VaultManager::lock() {
+    if (m_mountPoint.isEmpty())
+        throw VaultError::notMounted();
+    const QString path = m_mountPoint.toLocalFile();
+    if (runTool({QStringLiteral("detach"), path}).status != 0) {
+        const HDIUtilResult forced =
+            runTool({QStringLiteral("detach"), QStringLiteral("-force"), path});
+        // Only standard error here, as it stands.
+        if (forced.status != 0)
+            throw VaultError::unmountFailed(forced.stderr);
+    }
+    setMountPoint({});
+    setUnlocked(false);
+    setItems({});
+    forgetPassword();
+}
+
+void VaultManager::publishLockedState() {
+    setMountPoint({});
+    setUnlocked(false);
+    setItems({});
+    forgetPassword();
+}
+
+void VaultManager::detachStaleMounts() {
+    if (!vaultExists())
+        return;
+    const HDIUtilResult info = runTool({QStringLiteral("info"), QStringLiteral("-plist")});
+    if (info.status != 0)
+        return;
+    for (const QString& mountPoint : parseAttachedMountPoints(info.stdout, bundlePath()))
+        runTool({QStringLiteral("detach"), QStringLiteral("-force"), mountPoint});
+}
+
+void VaultManager::setUnlocked(bool unlocked) {
+    if (unlocked == m_isUnlocked)
+        return;
+    m_isUnlocked = unlocked;
+    emit isUnlockedChanged();
+}
+
+void VaultManager::setMountPoint(const QUrl& mountPoint) {
+    if (mountPoint == m_mountPoint)
+        return;
+    m_mountPoint = mountPoint;
+    emit mountPointChanged();
+}
+
+void VaultManager::setItems(const QList<VaultItem>& items) {
+    if (items == m_items)
+        return;
+    m_items = items;
+    emit itemsChanged();
+}
+
+void VaultManager::forgetPassword() {
+    if (!m_unlockedPassword)
+        return;
+    // Overwritten in place where this is the only copy.
+    m_unlockedPassword->fill(QChar(0));
+    m_unlockedPassword.reset();
+}

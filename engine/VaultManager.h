@@ -1,0 +1,82 @@
+#pragma once
+
+#include "HDIUtil.h"
+#include "VaultError.h"
+#include "contents/VaultItem.h"
+
+#include <QList>
+#include <QObject>
+#include <QString>
+#include <QUrl>
+
+#include <optional>
+
+// The vault engine: owns the one encrypted image, knows whether it is attached and where,
+// and publishes those facts to the screens. Every operation runs on the main thread, either
+// completes or throws exactly one VaultError, and changes published state only on success.
+class VaultManager : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(bool isUnlocked READ isUnlocked NOTIFY isUnlockedChanged)
+    Q_PROPERTY(QUrl mountPoint READ mountPoint NOTIFY mountPointChanged)
+    Q_PROPERTY(QList<VaultItem> items READ items NOTIFY itemsChanged)
+    Q_PROPERTY(double idleTimeoutSeconds READ idleTimeoutSeconds WRITE setIdleTimeoutSeconds NOTIFY
+                   idleTimeoutSecondsChanged)
+
+public:
+    // Without a support folder the user's data folder + "Morvanta" is used; without a runner
+    // the disk-image tool is run for real. A mount of this vault's image left behind by a
+    // crash is detached, so that the vault always starts locked.
+    explicit VaultManager(std::optional<QString> supportDir = std::nullopt,
+                          HDIUtilRunner hdiutilRunner = runHDIUtilProcess,
+                          QObject* parent = nullptr);
+    ~VaultManager() override;
+
+    bool isUnlocked() const { return m_isUnlocked; }
+    // Empty while locked.
+    QUrl mountPoint() const { return m_mountPoint; }
+    const QList<VaultItem>& items() const { return m_items; }
+    double idleTimeoutSeconds() const { return m_idleTimeoutSeconds; }
+    void setIdleTimeoutSeconds(double seconds);
+
+    QUrl supportDir() const { return QUrl::fromLocalFile(m_supportDir); }
+    QUrl bundleURL() const { return QUrl::fromLocalFile(bundlePath()); }
+    QString bundlePath() const;
+    // Whether the vault image exists; asked of the file system every time.
+    Q_INVOKABLE bool vaultExists() const;
+
+    void createVault(const QString& password);
+    void unlock(const QString& password);
+    void lock();
+    // Shows the vault as locked without running the tool, for when the image was detached
+    // by another step and could not be attached again.
+    void publishLockedState();
+
+signals:
+    void isUnlockedChanged();
+    void mountPointChanged();
+    void itemsChanged();
+    void idleTimeoutSecondsChanged();
+
+private:
+    HDIUtilResult runTool(const QStringList& args,
+                          const std::optional<QString>& stdinText = std::nullopt) const;
+    // "attach" and publishing the unlocked state; shared with reopening after a re-key.
+    void attach(const QString& password);
+    void detachStaleMounts();
+
+    void setUnlocked(bool unlocked);
+    void setMountPoint(const QUrl& mountPoint);
+    void setItems(const QList<VaultItem>& items);
+    void forgetPassword();
+
+    bool m_isUnlocked = false;
+    QUrl m_mountPoint;
+    QList<VaultItem> m_items;
+    double m_idleTimeoutSeconds = 300.0;
+
+    QString m_supportDir;
+    HDIUtilRunner m_hdiutilRunner;
+    std::optional<QString> m_unlockedPassword;
+
+    friend class VaultManagerTestAccess;
+};

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace platform {
+
+// What one child process did: its exit status (128 + signal number when a signal ended it,
+// -1 when it could not be started) and the bytes it wrote to its two outputs.
+struct ProcessResult {
+    int status = -1;
+    std::string out;
+    std::string err;
+};
+
+enum class OutputCapture {
+    // Two pipes, read to their ends after the child exits. The child's output must fit in the
+    // pipe buffers, and no grandchild may keep the pipes open.
+    Pipes,
+    // Two anonymous in-memory files. For children that leave a daemon behind (which keeps its
+    // outputs open for its whole life) or that may write more than a pipe holds.
+    MemoryFiles,
+};
+
+// Runs `program` (an absolute path, no shell, no PATH search) with `args` and waits for it.
+// With `stdinBytes` the child's standard input is a pipe that receives exactly those bytes in
+// one write and is then closed; without, it reads from /dev/null. Never throws.
+ProcessResult runProcess(const std::string& program, const std::vector<std::string>& args,
+                         std::optional<std::string_view> stdinBytes,
+                         OutputCapture capture = OutputCapture::Pipes);
+
+// Overwrites a buffer that held a secret before it is released.
+void wipe(std::string& secret);
+void wipe(void* data, std::size_t size);
+
+} // namespace platform

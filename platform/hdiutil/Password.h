@@ -1,0 +1,41 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace hdiutil {
+
+// A password read from standard input. Its bytes are overwritten when it goes away, and it
+// is never copied.
+class Secret {
+public:
+    Secret() = default;
+    explicit Secret(std::string bytes) : m_bytes(std::move(bytes)) {}
+    Secret(Secret&& other) noexcept;
+    Secret& operator=(Secret&& other) noexcept;
+    Secret(const Secret&) = delete;
+    Secret& operator=(const Secret&) = delete;
+    ~Secret();
+
+    std::string_view bytes() const { return m_bytes; }
+    // The bytes gocryptfs reads: the password and the line feed that ends it.
+    Secret asLine() const;
+
+private:
+    std::string m_bytes;
+};
+
+// Reads a descriptor to its end into wiped-on-release memory.
+Secret readAllSecret(int fd);
+
+// Splits what -stdinpass sends into `count` passwords: each ends at a NUL byte or at the end
+// of the input (so "old\0new\0" gives two), as the disk-image tool reads them.
+std::vector<Secret> splitPasswords(const Secret& input, std::size_t count);
+
+// Why gocryptfs could not take this password exactly as given, or empty when it can.
+std::string passwordProblem(std::string_view password);
+
+inline constexpr std::size_t kMaxPasswordBytes = 2048;
+
+} // namespace hdiutil

@@ -1,0 +1,272 @@
+// The engine against a recording runner: the exact argument lists and standard input it
+// gives the disk-image tool, and the state it publishes after every answer.
+
+#include "engine/VaultManager.h"
+#include "support/RecordingRunner.h"
+
+#include <QDir>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+Q_DECLARE_METATYPE(HDIUtilResult)
+
+class VaultManagerTestAccess {
+public:
+    static const std::optional<QString>& password(const VaultManager& vault) {
+        return vault.m_unlockedPassword;
+    }
+};
+
+namespace {
+
+using Call = RecordingRunner::Call;
+
+const QString kMount = QStringLiteral("/run/user/1000/morvanta/MorvantaVault");
+
+QString attachPlist(const QString& mountPoint) {
+    return "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>system-entities</key>"
+           "<array><dict><key>mount-point</key><string>" +
+           mountPoint + "</string></dict></array></dict></plist>";
+}
+
+QStringList createArgs(const QString& image) {
+    return {"create", "-encryption", "AES-256", "-stdinpass", "-size", "2t", "-type",
+            "SPARSEBUNDLE", "-fs", "APFS", "-volname", "MorvantaVault", image};
+}
+
+QStringList attachArgs(const QString& image) {
+    return {"attach", "-stdinpass", "-plist", "-nobrowse", image};
+}
+
+// The published fields, compared as one.
+struct Published {
+    bool isUnlocked;
+    QUrl mountPoint;
+    bool hasPassword;
+    bool operator==(const Published&) const = default;
+};
+
+Published published(const VaultManager& vault) {
+    return {vault.isUnlocked(), vault.mountPoint(),
+            VaultManagerTestAccess::password(vault).has_value()};
+}
+
+char* toString(const Published& p) {
+    return qstrdup(QStringLiteral("{unlocked %1, mount '%2', password %3}")
+                       .arg(p.isUnlocked)
+                       .arg(p.mountPoint.toString())
+                       .arg(p.hasPassword)
+                       .toUtf8());
+}
+
+template <typename Operation>
+VaultError thrownBy(Operation operation) {
+    try {
+        operation();
+    } catch (const VaultError& error) {
+        return error;
+    }
+    QTest::qFail("no VaultError was thrown", __FILE__, __LINE__);
+    return VaultError::notMounted();
+}
+
+} // namespace
+
+class TestVaultManager : public QObject {
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+    RecordingRunner m_tool;
+
+    QString supportDir() const { return m_dir.filePath("support"); }
+    QString image() const { return supportDir() + "/vault.gocryptfs"; }
+    std::unique_ptr<VaultManager> makeVault(bool withImage) {
+        if (withImage)
+            QDir().mkpath(image());
+        auto vault = std::make_unique<VaultManager>(supportDir(), m_tool.runner());
+        m_tool.calls.clear();
+        return vault;
+    }
+    std::unique_ptr<VaultManager> makeUnlockedVault(const QString& password = "pw") {
+        auto vault = makeVault(true);
+        m_tool.replies = {{0, attachPlist(kMount), {}}};
+        vault->unlock(password);
+        m_tool.calls.clear();
+        return vault;
+    }
+
+private slots:
+    void init() {
+        m_tool = RecordingRunner{};
+        QDir(supportDir()).removeRecursively();
+    }
+
+    void constructionMakesTheSupportFolderAndRunsNothingWithoutAnImage() {
+        VaultManager vault(supportDir(), m_tool.runner());
+        QVERIFY(QFileInfo(supportDir()).isDir());
+        QCOMPARE(vault.bundleURL(), QUrl::fromLocalFile(image()));
+        QVERIFY(!vault.vaultExists());
+        QVERIFY(m_tool.calls.isEmpty());
+        QCOMPARE(published(vault), (Published{false, {}, false}));
+        QCOMPARE(vault.idleTimeoutSeconds(), 300.0);
+    }
+
+    void constructionDetachesAMountOfItsImageLeftByACrash() {
+        QDir().mkpath(image());
+        const QString info =
+            "<plist><dict><key>images</key><array>"
+            "<dict><key>image-path</key><string>/elsewhere/vault.gocryptfs</string>"
+            "<key>system-entities</key><array><dict><key>mount-point</key><string>/run/other"
+            "</string></dict></array></dict>"
+            "<dict><key>image-path</key><string>" + image() + "</string>"
+            "<key>system-entities</key><array><dict><key>mount-point</key><string>" + kMount +
+            "</string></dict></array></dict></array></dict></plist>";
+        m_tool.replies = {{0, info, {}}};
+        VaultManager vault(supportDir(), m_tool.runner());
+        QCOMPARE(m_tool.calls, (QList<Call>{{{"info", "-plist"}, std::nullopt},
+                                            {{"detach", "-force", kMount}, std::nullopt}}));
+        QVERIFY(!vault.isUnlocked());
+    }
+
+    void createRunsTheToolWithThePasswordOnStdin_data() {
+        QTest::addColumn<QString>("password");
+        QTest::newRow("spaces") << " correct horse ";
+        QTest::newRow("non-ASCII") << QString::fromUtf8("pässwörd ✓ 🙂");
+        QTest::newRow("empty") << "";
+    }
+    void createRunsTheToolWithThePasswordOnStdin() {
+        QFETCH(QString, password);
+        auto vault = makeVault(false);
+        vault->createVault(password);
+        QCOMPARE(m_tool.calls, (QList<Call>{{createArgs(image()), password}}));
+        // Creating does not unlock.
+        QCOMPARE(published(*vault), (Published{false, {}, false}));
+    }
+
+    void createRefusesAnExistingImageAndRunsNothing() {
+        auto vault = makeVault(true);
+        QCOMPARE(thrownBy([&] { vault->createVault("pw"); }), VaultError::alreadyExists());
+        QVERIFY(m_tool.calls.isEmpty());
+    }
+
+    void createReportsTheToolsOutput_data() {
+        QTest::addColumn<HDIUtilResult>("reply");
+        QTest::addColumn<QString>("payload");
+        QTest::newRow("stderr first") << HDIUtilResult{1, "out", "no space\n"} << "no space\n";
+        QTest::newRow("else stdout") << HDIUtilResult{2, "out only", ""} << "out only";
+        QTest::newRow("tool missing") << HDIUtilResult{-1, "", "Could not start"} << "Could not start";
+    }
+    void createReportsTheToolsOutput() {
+        QFETCH(HDIUtilResult, reply);
+        QFETCH(QString, payload);
+        auto vault = makeVault(false);
+        m_tool.replies = {reply};
+        QCOMPARE(thrownBy([&] { vault->createVault("pw"); }), VaultError::createFailed(payload));
+    }
+
+    void unlockWithoutAnImageRunsNothing() {
+        auto vault = makeVault(false);
+        QCOMPARE(thrownBy([&] { vault->unlock("pw"); }), VaultError::notInitialized());
+        QVERIFY(m_tool.calls.isEmpty());
+    }
+
+    void unlockAttachesAndPublishes() {
+        auto vault = makeVault(true);
+        QSignalSpy unlockedSpy(vault.get(), &VaultManager::isUnlockedChanged);
+        QSignalSpy mountSpy(vault.get(), &VaultManager::mountPointChanged);
+        const QString password = QString::fromUtf8("  späce ");
+        m_tool.replies = {{0, attachPlist(kMount), {}}};
+
+        vault->unlock(password);
+
+        QCOMPARE(m_tool.calls, (QList<Call>{{attachArgs(image()), password}}));
+        QCOMPARE(published(*vault), (Published{true, QUrl::fromLocalFile(kMount), true}));
+        QCOMPARE(*VaultManagerTestAccess::password(*vault), password);
+        QCOMPARE(unlockedSpy.count(), 1);
+        QCOMPARE(mountSpy.count(), 1);
+    }
+
+    void unlockFailuresLeaveTheVaultLocked_data() {
+        QTest::addColumn<HDIUtilResult>("reply");
+        QTest::addColumn<QString>("payload");
+        QTest::newRow("wrong password") << HDIUtilResult{1, "", "Password incorrect.\n"}
+                                        << "Password incorrect.\n";
+        QTest::newRow("silent failure") << HDIUtilResult{12, "ignored", ""}
+                                        << "Wrong password or corrupt vault.";
+        QTest::newRow("tool missing") << HDIUtilResult{-1, "", "Could not start"}
+                                      << "Could not start";
+        QTest::newRow("no property list") << HDIUtilResult{0, "mounted!", ""}
+                                          << "Could not determine mount point.";
+        QTest::newRow("no mount point") << HDIUtilResult{0, attachPlist(""), ""}
+                                        << "Could not determine mount point.";
+    }
+    void unlockFailuresLeaveTheVaultLocked() {
+        QFETCH(HDIUtilResult, reply);
+        QFETCH(QString, payload);
+        auto vault = makeVault(true);
+        QSignalSpy unlockedSpy(vault.get(), &VaultManager::isUnlockedChanged);
+        m_tool.replies = {reply};
+
+        const VaultError error = thrownBy([&] { vault->unlock("pw"); });
+
+        QCOMPARE(error, VaultError::mountFailed(payload));
+        QCOMPARE(error.errorDescription(), "Authentication failed.");
+        QCOMPARE(published(*vault), (Published{false, {}, false}));
+        QCOMPARE(unlockedSpy.count(), 0);
+        // Nothing detaches after an attach whose mount point could not be read.
+        QCOMPARE(m_tool.calls.size(), 1);
+    }
+
+    void lockDetachesAndForgetsThePassword() {
+        auto vault = makeUnlockedVault();
+        QSignalSpy itemsSpy(vault.get(), &VaultManager::itemsChanged);
+        vault->lock();
+        QCOMPARE(m_tool.calls, (QList<Call>{{{"detach", kMount}, std::nullopt}}));
+        QCOMPARE(published(*vault), (Published{false, {}, false}));
+        QCOMPARE(vault->items(), QList<VaultItem>());
+
+        // The second lock finds nothing mounted and runs nothing.
+        m_tool.calls.clear();
+        QCOMPARE(thrownBy([&] { vault->lock(); }), VaultError::notMounted());
+        QVERIFY(m_tool.calls.isEmpty());
+    }
+
+    void lockForcesWhenThePlainDetachFails() {
+        auto vault = makeUnlockedVault();
+        m_tool.replies = {{1, "", "Device or resource busy"}, {0, "", ""}};
+        vault->lock();
+        QCOMPARE(m_tool.argLists(),
+                 (QList<QStringList>{{"detach", kMount}, {"detach", "-force", kMount}}));
+        QCOMPARE(published(*vault), (Published{false, {}, false}));
+    }
+
+    void lockThatFailsEvenForcedKeepsTheVaultOpen_data() {
+        QTest::addColumn<HDIUtilResult>("forced");
+        QTest::addColumn<QString>("payload");
+        QTest::newRow("stderr") << HDIUtilResult{1, "out", "still busy\n"} << "still busy\n";
+        // Here stderr is taken as it stands, even when empty.
+        QTest::newRow("empty stderr, no fallback") << HDIUtilResult{1, "out", ""} << "";
+    }
+    void lockThatFailsEvenForcedKeepsTheVaultOpen() {
+        QFETCH(HDIUtilResult, forced);
+        QFETCH(QString, payload);
+        auto vault = makeUnlockedVault("kept");
+        m_tool.replies = {{1, "", "busy"}, forced};
+        QCOMPARE(thrownBy([&] { vault->lock(); }), VaultError::unmountFailed(payload));
+        QCOMPARE(published(*vault), (Published{true, QUrl::fromLocalFile(kMount), true}));
+        QCOMPARE(*VaultManagerTestAccess::password(*vault), "kept");
+    }
+
+    void publishLockedStateRunsNothing() {
+        auto vault = makeUnlockedVault();
+        QSignalSpy unlockedSpy(vault.get(), &VaultManager::isUnlockedChanged);
+        vault->publishLockedState();
+        QVERIFY(m_tool.calls.isEmpty());
+        QCOMPARE(published(*vault), (Published{false, {}, false}));
+        QCOMPARE(unlockedSpy.count(), 1);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestVaultManager)
+#include "tst_vaultmanager.moc"

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "engine/HDIUtil.h"
+
+#include <QList>
+
+#include <functional>
+
+// Stands in for the disk-image tool: records every call and answers from a queue (status 0
+// with empty outputs once the queue is empty), or passes the call on to another runner.
+struct RecordingRunner {
+    struct Call {
+        QStringList args;
+        std::optional<QString> stdinText;
+        bool operator==(const Call&) const = default;
+    };
+
+    QList<Call> calls;
+    QList<HDIUtilResult> replies;
+    HDIUtilRunner passThrough;
+
+    HDIUtilRunner runner() {
+        return [this](const QStringList& args, const std::optional<QString>& stdinText) {
+            calls.append({args, stdinText});
+            if (!replies.isEmpty())
+                return replies.takeFirst();
+            if (passThrough)
+                return passThrough(args, stdinText);
+            return HDIUtilResult{0, {}, {}};
+        };
+    }
+
+    QList<QStringList> argLists() const {
+        QList<QStringList> lists;
+        for (const Call& call : calls)
+            lists.append(call.args);
+        return lists;
+    }
+};
