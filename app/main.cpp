@@ -4,9 +4,12 @@
 #include <QGuiApplication>
 #include <QQmlApplicationEngine>
 #include <QUrl>
+#include <QtQml/QQmlExtensionPlugin>
 
 #include <sys/prctl.h>
 #include <sys/resource.h>
+
+Q_IMPORT_QML_PLUGIN(MorvantaPlugin)
 
 int main(int argc, char* argv[]) {
     // The master password lives in this process while the vault is open: never in a core file.

@@ -215,7 +215,7 @@ bool waitForExit(const std::vector<pid_t>& pids, std::chrono::milliseconds limit
             return true;
         if (std::chrono::steady_clock::now() >= deadline)
             return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
 }
 
@@ -301,7 +301,9 @@ std::string detach(const ToolCommand& command) {
     if (mounted->fsType != kFsType || !imageForFsName(mounted->source))
         throw Failure{mountPoint + " was not attached by this tool"};
 
-    const std::vector<pid_t> daemons = daemonsServing(mounted->source);
+    // Found before the unmount, while the mount still names them.
+    const std::vector<pid_t> daemons =
+        command.force ? daemonsServing(mounted->source) : std::vector<pid_t>{};
     const std::string fusermount = findProgram("fusermount3");
     // A lazy unmount takes the volume away at once even while files on it are open; the
     // daemon goes on serving those until they close, unless stopped below.
@@ -313,16 +315,13 @@ std::string detach(const ToolCommand& command) {
     if (mountAt(currentMounts(), mountPoint))
         throw Failure{reasonOf(run, "fusermount3")};
 
-    if (command.force) {
-        // Forced means locked now: whatever still holds a file open loses it rather than
-        // keep reading the vault.
-        if (!waitForExit(daemons, std::chrono::milliseconds(300))) {
-            signalAll(daemons, SIGTERM);
-            if (!waitForExit(daemons, std::chrono::seconds(2)))
-                signalAll(daemons, SIGKILL);
-        }
+    // Forced means locked now: whatever still holds a file open loses it rather than keep
+    // reading the vault. (After a plain unmount the daemon has nothing left and exits.)
+    if (!waitForExit(daemons, std::chrono::milliseconds(300))) {
+        signalAll(daemons, SIGTERM);
+        if (!waitForExit(daemons, std::chrono::seconds(2)))
+            signalAll(daemons, SIGKILL);
     }
-    waitForExit(daemons, std::chrono::seconds(2));
     // An empty folder left behind would catch files saved "into the vault" in plain text.
     ::rmdir(mountPoint.c_str());
     return {};
