@@ -12,9 +12,11 @@
 Q_IMPORT_QML_PLUGIN(MorvantaPlugin)
 
 int main(int argc, char* argv[]) {
-    // The master password lives in this process while the vault is open: never in a core file.
+    // The master password lives in this process while the vault is open: never in a core
+    // file, and no other process of the user may read this one's memory.
     const rlimit noCore{0, 0};
     setrlimit(RLIMIT_CORE, &noCore);
+    prctl(PR_SET_DUMPABLE, 0);
 
     QGuiApplication app(argc, argv);
     QGuiApplication::setApplicationName(QStringLiteral("Morvanta"));
