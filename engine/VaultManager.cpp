@@ -1,5 +1,7 @@
 #include "VaultManager.h"
 
+#include "ToolSupport.h"
+
 #include <QDir>
 #include <QFileInfo>
 #include <QStandardPaths>
@@ -12,12 +14,6 @@ const QString kImageName = QStringLiteral("vault.sparsebundle");
 // A gocryptfs folder, which gocryptfs itself can also open.
 const QString kImageName = QStringLiteral("vault.gocryptfs");
 #endif
-const QString kVolumeName = QStringLiteral("MorvantaVault");
-
-// A failed run is described by what it wrote to standard error, or else to standard output.
-QString failureMessage(const HDIUtilResult& result) {
-    return result.stderr.isEmpty() ? result.stdout : result.stderr;
-}
 
 QString defaultSupportDir() {
     const QString data = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
@@ -94,9 +90,11 @@ void VaultManager::attach(const QString& password) {
     forgetPassword();
     // A copy of our own, so that forgetting it can overwrite it.
     m_unlockedPassword = QString(password.constData(), password.size());
+    restartIdleTimer();
 }
 
 void VaultManager::lock() {
+    stopIdleTimer();
     if (m_mountPoint.isEmpty())
         throw VaultError::notMounted();
     const QString path = m_mountPoint.toLocalFile();
@@ -114,6 +112,7 @@ void VaultManager::lock() {
 }
 
 void VaultManager::publishLockedState() {
+    stopIdleTimer();
     setMountPoint({});
     setUnlocked(false);
     setItems({});

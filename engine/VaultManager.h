@@ -6,7 +6,9 @@
 
 #include <QList>
 #include <QObject>
+#include <QPointer>
 #include <QString>
+#include <QTimer>
 #include <QUrl>
 
 #include <optional>
@@ -51,6 +53,17 @@ public:
     // by another step and could not be attached again.
     void publishLockedState();
 
+    // Counts the full idle delay again from now; with a delay of 0 or less, no automatic
+    // lock is pending. Called after every vault action.
+    Q_INVOKABLE void restartIdleTimer();
+
+    // Re-keys the image. On success the vault is open again under the new password; the
+    // screens see it unlocked throughout.
+    void changePassword(const QString& oldPassword, const QString& newPassword);
+    // Writes a compressed, encrypted copy of the vault's contents to `destination`,
+    // replacing any file there. The vault stays open.
+    void backupVault(const QUrl& destination);
+
 signals:
     void isUnlockedChanged();
     void mountPointChanged();
@@ -63,6 +76,9 @@ private:
     // "attach" and publishing the unlocked state; shared with reopening after a re-key.
     void attach(const QString& password);
     void detachStaleMounts();
+    void detachForPasswordChange();
+    void attachAfterPasswordChange(const QString& password);
+    void stopIdleTimer();
 
     void setUnlocked(bool unlocked);
     void setMountPoint(const QUrl& mountPoint);
@@ -77,6 +93,7 @@ private:
     QString m_supportDir;
     HDIUtilRunner m_hdiutilRunner;
     std::optional<QString> m_unlockedPassword;
+    QPointer<QTimer> m_idleTimer;
 
     friend class VaultManagerTestAccess;
 };

@@ -118,7 +118,8 @@ int waitForExit(pid_t pid) {
 } // namespace
 
 ProcessResult runProcess(const std::string& program, const std::vector<std::string>& args,
-                         std::optional<std::string_view> stdinBytes, OutputCapture capture) {
+                         std::optional<std::string_view> stdinBytes, OutputCapture capture,
+                         const std::string& workingDirectory) {
     ProcessResult result;
     auto fail = [&](const char* what, int error) {
         result.status = -1;
@@ -157,6 +158,8 @@ ProcessResult runProcess(const std::string& program, const std::vector<std::stri
     posix_spawn_file_actions_adddup2(&actions, childIn, STDIN_FILENO);
     posix_spawn_file_actions_adddup2(&actions, childOut, STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&actions, childErr, STDERR_FILENO);
+    if (!workingDirectory.empty())
+        posix_spawn_file_actions_addchdir_np(&actions, workingDirectory.c_str());
 
     // The child starts with default signal handling and nothing blocked, whatever this
     // process has set up for itself.

@@ -26,10 +26,12 @@ enum class OutputCapture {
 
 // Runs `program` (an absolute path, no shell, no PATH search) with `args` and waits for it.
 // With `stdinBytes` the child's standard input is a pipe that receives exactly those bytes in
-// one write and is then closed; without, it reads from /dev/null. Never throws.
+// one write and is then closed; without, it reads from /dev/null. The child starts in
+// `workingDirectory` when one is given. Never throws.
 ProcessResult runProcess(const std::string& program, const std::vector<std::string>& args,
                          std::optional<std::string_view> stdinBytes,
-                         OutputCapture capture = OutputCapture::Pipes);
+                         OutputCapture capture = OutputCapture::Pipes,
+                         const std::string& workingDirectory = {});
 
 // Overwrites a buffer that held a secret before it is released.
 void wipe(std::string& secret);

@@ -224,11 +224,68 @@ void signalAll(const std::vector<pid_t>& pids, int signal) {
         ::kill(pid, signal);
 }
 
+// Removes a file on every path out unless told to keep it.
+class TemporaryFile {
+public:
+    explicit TemporaryFile(std::string path) : m_path(std::move(path)) {}
+    ~TemporaryFile() {
+        if (!m_path.empty())
+            ::unlink(m_path.c_str());
+    }
+    const std::string& path() const { return m_path; }
+    void keep() { m_path.clear(); }
+
+private:
+    std::string m_path;
+};
+
 // --- the verbs ---------------------------------------------------------------------------
+
+// A compressed, encrypted copy of a folder: a 7-Zip archive (AES-256, names encrypted too)
+// that any archive manager opens with the password. It is written beside the destination and
+// renamed over it only when complete, so a failure never costs an earlier backup.
+std::string createCopy(const ToolCommand& command, int stdinFd) {
+    const std::string source = absolutePath(command.sourceFolder);
+    if (!isDirectory(source))
+        throw Failure{"No such folder: " + source};
+    const std::string destination = absolutePath(command.target);
+    const std::string folder = fs::path(destination).parent_path().string();
+    if (!isDirectory(folder))
+        throw Failure{"No such folder: " + folder};
+    if (isDirectory(destination))
+        throw Failure{destination + " is a folder"};
+    if (exists(destination) && !command.overwrite)
+        throw Failure{"File exists: " + destination};
+    const std::string sevenZip = findProgram("7z");
+    const Secret password = readPassword(stdinFd);
+
+    std::string pattern = destination + ".partial-XXXXXX";
+    const int fd = ::mkstemp(pattern.data());
+    if (fd < 0)
+        throw Failure{folder + ": " + std::strerror(errno)};
+    ::close(fd);
+    TemporaryFile partial(pattern);
+    // 7z adds to an archive that exists; it must start from nothing.
+    ::unlink(partial.path().c_str());
+
+    // Run inside the folder so that the archive holds its contents at the top, hidden files
+    // and all. -mx=1: the fast setting; higher levels cost several times the time for little.
+    const Secret line = password.asLine();
+    const platform::ProcessResult run = platform::runProcess(
+        sevenZip, {"a", "-t7z", "-mhe=on", "-mx=1", "-bd", "-p", "-snl", "-y", partial.path(), "."},
+        line.bytes(), platform::OutputCapture::MemoryFiles, source);
+    if (run.status != 0)
+        throw Failure{"7z: " + reasonOf(run, "7z")};
+    ::chmod(partial.path().c_str(), 0600);
+    if (::rename(partial.path().c_str(), destination.c_str()) != 0)
+        throw Failure{destination + ": " + std::strerror(errno)};
+    partial.keep();
+    return {};
+}
 
 std::string create(const ToolCommand& command, const ToolConfig& config, int stdinFd) {
     if (!command.sourceFolder.empty())
-        throw Failure{"compressed copies (-srcfolder) are not supported by this version"};
+        return createCopy(command, stdinFd);
     if (command.overwrite)
         throw Failure{"-ov only goes with -srcfolder: a vault is never overwritten"};
 
@@ -254,6 +311,35 @@ std::string create(const ToolCommand& command, const ToolConfig& config, int std
     const std::string& name = command.volumeName;
     if (!name.empty())
         ::setxattr(image.c_str(), kVolumeNameAttribute, name.data(), name.size(), 0);
+    return {};
+}
+
+// Re-keys a detached vault: gocryptfs re-encrypts its master key under the new password.
+std::string changePassword(const ToolCommand& command, int stdinFd) {
+    const std::string image = canonicalImage(command.target);
+    if (const auto mounted = mountOfImage(currentMounts(), image))
+        throw Failure{"the image is attached at " + mounted->mountPoint};
+    const std::string gocryptfs = findProgram("gocryptfs");
+
+    const Secret input = readAllSecret(stdinFd);
+    const std::vector<Secret> passwords = splitPasswords(input, 2);
+    if (const std::string problem = passwordProblem(passwords[0].bytes()); !problem.empty())
+        throw Failure{"Password incorrect."};
+    if (const std::string problem = passwordProblem(passwords[1].bytes()); !problem.empty())
+        throw Failure{"new password: " + problem};
+
+    // Left by a re-key that was interrupted; the configuration itself is replaced
+    // atomically, so the leftover is garbage, and gocryptfs refuses to start while it is there.
+    ::unlink((image + "/gocryptfs.conf.tmp").c_str());
+
+    std::string lines;
+    lines.reserve(passwords[0].bytes().size() + passwords[1].bytes().size() + 2);
+    lines.append(passwords[0].bytes()).append("\n").append(passwords[1].bytes()).append("\n");
+    const Secret both(std::move(lines));
+    const platform::ProcessResult run =
+        platform::runProcess(gocryptfs, {"-passwd", "-q", image}, both.bytes());
+    if (run.status != 0)
+        throw Failure{reasonOf(run, "gocryptfs -passwd")};
     return {};
 }
 
@@ -389,7 +475,8 @@ int runTool(const std::vector<std::string>& args, const ToolConfig& config, int 
             out = info(command);
             break;
         case ToolCommand::Verb::ChangePassword:
-            throw Failure{"changing the password is not supported by this version"};
+            out = changePassword(command, stdinFd);
+            break;
         }
     } catch (const Failure& failure) {
         err = std::string("morvanta-hdiutil: ") + verbName(command.verb) + " failed - " +

@@ -2,15 +2,19 @@
 
 #include "engine/VaultManager.h"
 #include "support/FuseHarness.h"
+#include "platform/Process.h"
 #include "support/RecordingRunner.h"
 
+#include <QCryptographicHash>
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <atomic>
+#include <filesystem>
 #include <csignal>
 #include <thread>
 
@@ -47,6 +51,52 @@ QStringList processesHoldingDuring(const QByteArray& secret, Operation operation
     watcher.join();
     hits.removeDuplicates();
     return hits;
+}
+
+// Every entry below `root`: files by their size and hash, links by their target, folders as
+// such.
+QMap<QString, QByteArray> treeOf(const QString& root) {
+    QMap<QString, QByteArray> tree;
+    QDirIterator it(root, QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System,
+                    QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QString path = it.next();
+        const QFileInfo info = it.fileInfo();
+        const QString name = QDir(root).relativeFilePath(path);
+        if (info.isSymLink()) {
+            tree[name] = "-> " + QByteArray::fromStdString(
+                                     std::filesystem::read_symlink(path.toStdString()).string());
+        } else if (info.isDir()) {
+            tree[name] = "<folder>";
+        } else {
+            const QByteArray bytes = readFile(path);
+            tree[name] = QByteArray::number(bytes.size()) + " bytes, sha256 " +
+                         QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex();
+        }
+    }
+    return tree;
+}
+
+void fillWithMixedContent(const QString& root) {
+    QDir().mkpath(root + "/Tax 2025/receipts");
+    QDir().mkpath(root + "/empty folder");
+    writeFile(root + "/notes ü.txt", "plain text\n");
+    writeFile(root + "/Tax 2025/receipts/scan.bin", QByteArray(300000, '\0') + "tail");
+    writeFile(root + "/.morvanta-origins.json", R"({"notes ü.txt":"/home/a/notes ü.txt"})");
+    QByteArray random(200000, Qt::Uninitialized);
+    QRandomGenerator::global()->fillRange(reinterpret_cast<quint32*>(random.data()),
+                                          random.size() / 4);
+    writeFile(root + "/Tax 2025/random.dat", random);
+}
+
+// The recipe the README gives for opening a backup without Morvanta: `7z x FILE`, which
+// asks for the password.
+platform::ProcessResult extractBackup(const QString& file, const QString& into,
+                                      const QByteArray& password) {
+    QDir().mkpath(into);
+    const std::string line = (password + "\n").toStdString();
+    return platform::runProcess("/usr/bin/7z", {"x", file.toStdString()}, line,
+                                platform::OutputCapture::MemoryFiles, into.toStdString());
 }
 
 // The gocryptfs daemons serving any vault below `folder`.
@@ -227,6 +277,95 @@ private slots:
         restarted->unlock("pw");
         QVERIFY(restarted->isUnlocked());
         restarted->lock();
+    }
+
+
+    void changePasswordKeepsTheFilesAndSwapsTheKey() {
+        auto vault = makeVault();
+        const QString first = "first password";
+        const QString second = QString::fromUtf8("zweites Passwört ✓");
+        vault->createVault(first);
+        vault->unlock(first);
+        fillWithMixedContent(mountPath(*vault));
+        const auto before = treeOf(mountPath(*vault));
+
+        vault->changePassword(first, second);
+        QVERIFY(vault->isUnlocked());
+        QCOMPARE(treeOf(mountPath(*vault)), before);
+        // The same password again is a change like any other.
+        vault->changePassword(second, second);
+        vault->lock();
+
+        QCOMPARE(thrownBy(*vault, [&](VaultManager& v) { v.unlock(first); }),
+                 QStringLiteral("Authentication failed."));
+        vault->unlock(second);
+        QCOMPARE(treeOf(mountPath(*vault)), before);
+        vault->lock();
+    }
+
+    void backupOpensWithThePasswordAndHoldsEverything() {
+        auto vault = makeVault();
+        const QByteArray password = "backup pässword";
+        vault->createVault(QString::fromUtf8(password));
+        vault->unlock(QString::fromUtf8(password));
+        fillWithMixedContent(mountPath(*vault));
+        QVERIFY(QFile::link("notes ü.txt", mountPath(*vault) + "/link to notes"));
+        const QString backup = m_support->filePath("MorvantaVault-Backup.7z");
+
+        vault->backupVault(QUrl::fromLocalFile(backup));
+        QVERIFY(vault->isUnlocked());
+        const auto run = extractBackup(backup, m_support->filePath("first"), password);
+        QCOMPARE(run.status, 0);
+        QCOMPARE(treeOf(m_support->filePath("first")), treeOf(mountPath(*vault)));
+
+        // A second backup to the same file replaces the first rather than adding to it.
+        QVERIFY(QFile::remove(mountPath(*vault) + "/notes ü.txt"));
+        QVERIFY(writeFile(mountPath(*vault) + "/new.txt", "second"));
+        vault->backupVault(QUrl::fromLocalFile(backup));
+        QCOMPARE(extractBackup(backup, m_support->filePath("second"), password).status, 0);
+        QCOMPARE(treeOf(m_support->filePath("second")), treeOf(mountPath(*vault)));
+        QCOMPARE(QDir(m_support->path()).entryList({"*.partial-*"}), QStringList());
+
+        const auto wrong = extractBackup(backup, m_support->filePath("wrong"), "not it");
+        QVERIFY(wrong.status != 0);
+        QCOMPARE(QDir(m_support->filePath("wrong")).entryList(QDir::NoDotAndDotDot | QDir::AllEntries),
+                 QStringList());
+        vault->lock();
+    }
+
+    void passwordStaysOffCommandLinesEnvironmentsAndDiskDuringChangeAndBackup() {
+        const QByteArray secret =
+            "Old-" + QByteArray::number(QRandomGenerator::system()->generate64(), 36);
+        const QByteArray next =
+            "New-" + QByteArray::number(QRandomGenerator::system()->generate64(), 36);
+        auto vault = makeVault();
+        vault->createVault(secret);
+        vault->unlock(secret);
+        fillWithMixedContent(mountPath(*vault));
+
+        QCOMPARE(processesHoldingDuring(secret, [&] { vault->changePassword(secret, next); }),
+                 QStringList());
+        const QString backup = m_support->filePath("backup.7z");
+        QCOMPARE(processesHoldingDuring(next, [&] {
+                     vault->backupVault(QUrl::fromLocalFile(backup));
+                 }),
+                 QStringList());
+        for (const QByteArray& password : {secret, next}) {
+            for (const QString& folder : {m_support->path(), m_runtime->path(), QDir::tempPath()})
+                QCOMPARE(testsupport::filesHolding(folder, password), QStringList());
+        }
+        vault->lock();
+    }
+
+    void idleVaultLocksByItself() {
+        auto vault = makeVault();
+        vault->createVault("pw");
+        vault->setIdleTimeoutSeconds(0.2);
+        vault->unlock("pw");
+        const QString mount = mountPath(*vault);
+        QTRY_VERIFY(!vault->isUnlocked());
+        QVERIFY(testsupport::mountsBelow(m_runtime->path()).isEmpty());
+        QVERIFY(!QFileInfo::exists(mount));
     }
 
 private:

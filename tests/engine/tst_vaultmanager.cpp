@@ -8,14 +8,17 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 
 Q_DECLARE_METATYPE(HDIUtilResult)
+Q_DECLARE_METATYPE(VaultError)
 
 class VaultManagerTestAccess {
 public:
     static const std::optional<QString>& password(const VaultManager& vault) {
         return vault.m_unlockedPassword;
     }
+    static QTimer* idleTimer(const VaultManager& vault) { return vault.m_idleTimer.data(); }
 };
 
 namespace {
@@ -37,6 +40,15 @@ QStringList createArgs(const QString& image) {
 
 QStringList attachArgs(const QString& image) {
     return {"attach", "-stdinpass", "-plist", "-nobrowse", image};
+}
+
+QStringList chpassArgs(const QString& image) {
+    return {"chpass", "-oldstdinpass", "-newstdinpass", image};
+}
+
+bool idleLockPending(const VaultManager& vault) {
+    QTimer* timer = VaultManagerTestAccess::idleTimer(vault);
+    return timer && timer->isActive();
 }
 
 // The published fields, compared as one.
@@ -265,6 +277,173 @@ private slots:
         QVERIFY(m_tool.calls.isEmpty());
         QCOMPARE(published(*vault), (Published{false, {}, false}));
         QCOMPARE(unlockedSpy.count(), 1);
+    }
+
+    // --- password change -----------------------------------------------------------------
+
+    void changePasswordDetachesReKeysAndReopens() {
+        auto vault = makeUnlockedVault(QString::fromUtf8("old pä"));
+        QSignalSpy unlockedSpy(vault.get(), &VaultManager::isUnlockedChanged);
+        const QString newMount = kMount + " 1";
+        m_tool.replies = {{0, {}, {}}, {0, {}, {}}, {0, attachPlist(newMount), {}}};
+
+        vault->changePassword(QString::fromUtf8("old pä"), "new");
+
+        const QString reKeyInput = QString::fromUtf8("old pä") + QChar(0) + "new" + QChar(0);
+        QCOMPARE(m_tool.calls, (QList<Call>{{{"detach", kMount}, std::nullopt},
+                                            {chpassArgs(image()), reKeyInput},
+                                            {attachArgs(image()), QString("new")}}));
+        QCOMPARE(published(*vault), (Published{true, QUrl::fromLocalFile(newMount), true}));
+        QCOMPARE(*VaultManagerTestAccess::password(*vault), "new");
+        // The screens saw "unlocked" the whole time.
+        QCOMPARE(unlockedSpy.count(), 0);
+        QVERIFY(idleLockPending(*vault));
+    }
+
+    void changePasswordRefusalsRunNothing() {
+        auto locked = makeVault(true);
+        QCOMPARE(thrownBy([&] { locked->changePassword("pw", "x"); }), VaultError::notMounted());
+
+        auto vault = makeUnlockedVault("pw");
+        QCOMPARE(thrownBy([&] { vault->changePassword("pw ", "x"); }),
+                 VaultError::incorrectPassword());
+        QVERIFY(m_tool.calls.isEmpty());
+        QVERIFY(vault->isUnlocked());
+
+        QDir(image()).removeRecursively();
+        QCOMPARE(thrownBy([&] { vault->changePassword("pw", "x"); }), VaultError::notInitialized());
+        QVERIFY(m_tool.calls.isEmpty());
+    }
+
+    void changePasswordFailures_data() {
+        QTest::addColumn<QList<HDIUtilResult>>("replies");
+        QTest::addColumn<VaultError>("error");
+        QTest::addColumn<bool>("unlockedAfter");
+        QTest::addColumn<QString>("passwordAfter");
+
+        const HDIUtilResult ok{0, {}, {}};
+        const HDIUtilResult attached{0, attachPlist(kMount), {}};
+        const HDIUtilResult badAttach{1, {}, "Password incorrect."};
+        QTest::newRow("detach fails even forced")
+            << QList<HDIUtilResult>{{1, {}, "busy"}, {1, "still busy", ""}}
+            << VaultError::unmountFailed("still busy") << true << "old";
+        QTest::newRow("re-key fails, reopened")
+            << QList<HDIUtilResult>{ok, {1, {}, "disk full"}, attached}
+            << VaultError::ioFailed("Password change failed: disk full") << true << "old";
+        QTest::newRow("re-key fails, reopen fails")
+            << QList<HDIUtilResult>{ok, {1, "no stderr", ""}, badAttach}
+            << VaultError::ioFailed("Password change failed: no stderr\nCould not reopen vault: "
+                                    "Authentication failed.")
+            << false << "";
+        QTest::newRow("re-keyed, reopen fails")
+            << QList<HDIUtilResult>{ok, ok, {0, "not a plist", ""}}
+            << VaultError::mountFailed("Could not determine mount point.") << false << "";
+    }
+    void changePasswordFailures() {
+        QFETCH(QList<HDIUtilResult>, replies);
+        QFETCH(VaultError, error);
+        QFETCH(bool, unlockedAfter);
+        QFETCH(QString, passwordAfter);
+        auto vault = makeUnlockedVault("old");
+        m_tool.replies = replies;
+
+        QCOMPARE(thrownBy([&] { vault->changePassword("old", "new"); }), error);
+
+        QCOMPARE(vault->isUnlocked(), unlockedAfter);
+        QCOMPARE(VaultManagerTestAccess::password(*vault).value_or(QString()), passwordAfter);
+        // Still open means still guarded by the automatic lock.
+        QCOMPARE(idleLockPending(*vault), unlockedAfter);
+        QVERIFY(m_tool.replies.isEmpty());
+    }
+
+    // --- backup ------------------------------------------------------------------------
+
+    void backupWritesACompressedEncryptedCopy() {
+        auto vault = makeUnlockedVault(QString::fromUtf8("pw ü"));
+        const QString destination = m_dir.filePath("MorvantaVault-Backup.7z");
+        vault->backupVault(QUrl::fromLocalFile(destination));
+        QCOMPARE(m_tool.calls,
+                 (QList<Call>{{{"create", "-encryption", "AES-256", "-stdinpass", "-srcfolder",
+                                kMount, "-volname", "MorvantaVault", "-format", "UDZO", "-ov",
+                                destination},
+                               QString::fromUtf8("pw ü")}}));
+        QVERIFY(vault->isUnlocked());
+
+        m_tool.replies = {{1, "only stdout", ""}};
+        QCOMPARE(thrownBy([&] { vault->backupVault(QUrl::fromLocalFile(destination)); }),
+                 VaultError::ioFailed("only stdout"));
+
+        vault->lock();
+        m_tool.calls.clear();
+        QCOMPARE(thrownBy([&] { vault->backupVault(QUrl::fromLocalFile(destination)); }),
+                 VaultError::notMounted());
+        QVERIFY(m_tool.calls.isEmpty());
+    }
+
+    // --- the automatic lock --------------------------------------------------------------
+
+    void idleTimerLocksWhenItFires() {
+        auto vault = makeVault(true);
+        vault->setIdleTimeoutSeconds(0.05);
+        m_tool.replies = {{0, attachPlist(kMount), {}}};
+        vault->unlock("pw");
+        QVERIFY(idleLockPending(*vault));
+        QTRY_VERIFY(!vault->isUnlocked());
+        QCOMPARE(m_tool.calls.last().args, (QStringList{"detach", kMount}));
+        QVERIFY(!idleLockPending(*vault));
+    }
+
+    void idleTimerOffMeansNoTimer() {
+        auto vault = makeVault(true);
+        vault->setIdleTimeoutSeconds(0);
+        m_tool.replies = {{0, attachPlist(kMount), {}}};
+        vault->unlock("pw");
+        QVERIFY(!VaultManagerTestAccess::idleTimer(*vault));
+        vault->setIdleTimeoutSeconds(-5);
+        vault->restartIdleTimer();
+        QVERIFY(!VaultManagerTestAccess::idleTimer(*vault));
+    }
+
+    void idleTimerRestartCountsTheWholeDelayAgain() {
+        auto vault = makeUnlockedVault();
+        vault->setIdleTimeoutSeconds(900);
+        vault->restartIdleTimer();
+        QCOMPARE(VaultManagerTestAccess::idleTimer(*vault)->interval(), 900000);
+
+        vault->setIdleTimeoutSeconds(60);
+        vault->restartIdleTimer();
+        QTimer* second = VaultManagerTestAccess::idleTimer(*vault);
+        QCOMPARE(second->interval(), 60000);
+        // One timer at a time: the old one is gone.
+        QCOMPARE(vault->findChildren<QTimer*>().size(), 1);
+
+        vault->setIdleTimeoutSeconds(0.3);
+        vault->restartIdleTimer();
+        QTest::qWait(30);
+        const int shortLeft = VaultManagerTestAccess::idleTimer(*vault)->remainingTime();
+        vault->restartIdleTimer();
+        QVERIFY(VaultManagerTestAccess::idleTimer(*vault)->remainingTime() > shortLeft);
+    }
+
+    void idleTimerAfterAManualLockDoesNothing() {
+        auto vault = makeUnlockedVault();
+        vault->setIdleTimeoutSeconds(0.02);
+        vault->restartIdleTimer();
+        vault->lock();
+        QTest::qWait(100);
+        QCOMPARE(m_tool.calls.size(), 1);
+        QVERIFY(!VaultManagerTestAccess::idleTimer(*vault));
+    }
+
+    void idleLockThatFailsLeavesTheVaultOpenAndUnguarded() {
+        auto vault = makeUnlockedVault();
+        vault->setIdleTimeoutSeconds(0.02);
+        m_tool.replies = {{1, {}, "busy"}, {1, {}, "busy"}};
+        vault->restartIdleTimer();
+        QTRY_COMPARE(m_tool.calls.size(), 2);
+        QTest::qWait(20);
+        QVERIFY(vault->isUnlocked());
+        QVERIFY(!idleLockPending(*vault));
     }
 };
 

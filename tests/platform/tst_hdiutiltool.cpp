@@ -325,6 +325,57 @@ private slots:
         QCOMPARE(tool({"detach", reopened}).status, 0);
     }
 
+    void reKeysADetachedVaultOnly() {
+        REQUIRE_FUSE();
+        startFuseTest();
+        QCOMPARE(tool(createArgs(image()), "old").status, 0);
+        const QStringList chpass{"chpass", "-oldstdinpass", "-newstdinpass", image()};
+
+        const auto wrong = tool(chpass, std::string_view("nope\0new\0", 9));
+        QCOMPARE(wrong.status, 1);
+        QVERIFY2(wrong.err.find("Password incorrect") != std::string::npos, wrong.err.c_str());
+        const auto badNew = tool(chpass, std::string_view("old\0two\nlines\0", 15));
+        QVERIFY2(badNew.err.find("new password: ") != std::string::npos, badNew.err.c_str());
+
+        // A re-key interrupted earlier leaves this behind; it must not block the next one.
+        QVERIFY(QFile(image() + "/gocryptfs.conf.tmp").open(QIODevice::WriteOnly));
+        QCOMPARE(tool(chpass, std::string_view("old\0new\0", 8)).status, 0);
+
+        const QString mount = attachedAt(tool({"attach", "-stdinpass", "-plist", image()}, "new"));
+        QVERIFY(!mount.isEmpty());
+        const auto whileAttached = tool(chpass, std::string_view("new\0old\0", 8));
+        QVERIFY2(whileAttached.err.find("attached") != std::string::npos, whileAttached.err.c_str());
+        QCOMPARE(tool({"detach", mount}).status, 0);
+    }
+
+    void writesCopiesOnlyWhereAllowed() {
+        QTemporaryDir dir;
+        const QString source = dir.filePath("source");
+        QDir().mkpath(source + "/sub");
+        QFile(source + "/sub/a.txt").open(QIODevice::WriteOnly);
+        const QString target = dir.filePath("backup.7z");
+        auto copy = [&](const QString& destination, bool overwrite) {
+            QStringList args{"create", "-encryption", "AES-256", "-stdinpass", "-srcfolder", source,
+                             "-volname", "MorvantaVault", "-format", "UDZO", destination};
+            if (overwrite)
+                args.insert(10, "-ov");
+            return tool(args, "pw", testsupport::shippedToolPath());
+        };
+
+        QCOMPARE(copy(target, true).status, 0);
+        QCOMPARE(QFileInfo(target).permissions() & 0x0077, QFileDevice::Permissions());
+        const qint64 size = QFileInfo(target).size();
+
+        const auto noOverwrite = copy(target, false);
+        QVERIFY2(noOverwrite.err.find("File exists") != std::string::npos, noOverwrite.err.c_str());
+        QCOMPARE(QFileInfo(target).size(), size);
+        const auto intoFolder = copy(source, true);
+        QVERIFY2(intoFolder.err.find("is a folder") != std::string::npos, intoFolder.err.c_str());
+        const auto nowhere = copy(dir.filePath("missing/backup.7z"), true);
+        QVERIFY2(nowhere.err.find("No such folder") != std::string::npos, nowhere.err.c_str());
+        QCOMPARE(QDir(dir.path()).entryList({"*.partial-*"}), QStringList());
+    }
+
     void theShippedToolUsesAStrongerKeyDerivation() {
         REQUIRE_FUSE();
         startFuseTest();

@@ -1,0 +1,79 @@
+// Re-keying the image and writing an encrypted backup; both need the password the vault
+// was opened with.
+
+#include "ToolSupport.h"
+#include "VaultManager.h"
+
+void VaultManager::changePassword(const QString& oldPassword, const QString& newPassword) {
+    if (!vaultExists())
+        throw VaultError::notInitialized();
+    if (!m_isUnlocked)
+        throw VaultError::notMounted();
+    // Checked against the password in memory; the tool is not asked.
+    if (!m_unlockedPassword || *m_unlockedPassword != oldPassword)
+        throw VaultError::incorrectPassword();
+
+    detachForPasswordChange();
+
+    QString input = oldPassword + QChar(0) + newPassword + QChar(0);
+    const HDIUtilResult result = runTool(
+        {QStringLiteral("chpass"), QStringLiteral("-oldstdinpass"),
+         QStringLiteral("-newstdinpass"), bundlePath()},
+        input);
+    input.fill(QChar(0));
+
+    if (result.status == 0) {
+        try {
+            attachAfterPasswordChange(newPassword);
+        } catch (const VaultError&) {
+            // The new password is in force, but the vault could not be reopened.
+            publishLockedState();
+            throw;
+        }
+        return;
+    }
+
+    const QString message = QStringLiteral("Password change failed: ") + failureMessage(result);
+    try {
+        attachAfterPasswordChange(oldPassword);
+    } catch (const VaultError& reopen) {
+        publishLockedState();
+        throw VaultError::ioFailed(message + QStringLiteral("\nCould not reopen vault: ") +
+                                   reopen.errorDescription());
+    }
+    throw VaultError::ioFailed(message);
+}
+
+// Leaves the published state alone, so that the browser does not flip to the lock screen
+// while the image is briefly detached.
+void VaultManager::detachForPasswordChange() {
+    stopIdleTimer();
+    if (m_mountPoint.isEmpty())
+        throw VaultError::notMounted();
+    const QString path = m_mountPoint.toLocalFile();
+    if (runTool({QStringLiteral("detach"), path}).status == 0)
+        return;
+    const HDIUtilResult forced =
+        runTool({QStringLiteral("detach"), QStringLiteral("-force"), path});
+    if (forced.status == 0)
+        return;
+    // Still mounted, so the automatic lock must go on guarding it.
+    restartIdleTimer();
+    throw VaultError::unmountFailed(failureMessage(forced));
+}
+
+void VaultManager::attachAfterPasswordChange(const QString& password) { attach(password); }
+
+void VaultManager::backupVault(const QUrl& destination) {
+    if (m_mountPoint.isEmpty() || !m_unlockedPassword)
+        throw VaultError::notMounted();
+    const HDIUtilResult result = runTool(
+        {QStringLiteral("create"), QStringLiteral("-encryption"), QStringLiteral("AES-256"),
+         QStringLiteral("-stdinpass"), QStringLiteral("-srcfolder"), m_mountPoint.toLocalFile(),
+         QStringLiteral("-volname"), kVolumeName, QStringLiteral("-format"),
+         QStringLiteral("UDZO"), QStringLiteral("-ov"), destination.toLocalFile()},
+        *m_unlockedPassword);
+    // A failed backup is an I/O failure, not a failed create.
+    if (result.status != 0)
+        throw VaultError::ioFailed(failureMessage(result));
+}
