@@ -32,12 +32,12 @@ struct Comparison {
 
 inline void printTable(const QString& title, const QList<Comparison>& rows, int runs) {
     std::printf("\n%s (median of %d runs)\n\n", qPrintable(title), runs);
-    std::printf("| %-22s | %12s | %12s | %7s |\n", "operation", "Morvanta ms", "raw ms", "ratio");
-    std::printf("|%s|%s|%s|%s|\n", "------------------------", "--------------",
+    std::printf("| %-26s | %12s | %12s | %7s |\n", "operation", "Morvanta ms", "raw ms", "ratio");
+    std::printf("|%s|%s|%s|%s|\n", "----------------------------", "--------------",
                 "--------------", "---------");
     for (const Comparison& row : rows) {
         const double m = median(row.morvanta), r = median(row.raw);
-        std::printf("| %-22s | %12.1f | %12.1f | %6.2fx |\n", qPrintable(row.name), m, r,
+        std::printf("| %-26s | %12.1f | %12.1f | %6.2fx |\n", qPrintable(row.name), m, r,
                     r > 0 ? m / r : 0.0);
     }
     std::fflush(stdout);
