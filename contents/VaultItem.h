@@ -1,21 +1,32 @@
 #pragma once
 
 #include <QDateTime>
+#include <QHashFunctions>
 #include <QMetaType>
 #include <QString>
 #include <QUrl>
 
 #include <optional>
 
-// One top-level entry of the mounted vault. Its identity is its URL.
+// One top-level entry of the mounted vault. Its identity is its URL; equality compares all
+// five fields.
 struct VaultItem {
     QUrl url;
-    QString name;
-    std::optional<qint64> size; // bytes; none when it could not be measured
+    QString name;               // the last path component, exactly as on disk
+    std::optional<qint64> size; // bytes of content; none when it could not be measured
     QString kind;               // the type's description, "—" when there is none
     std::optional<QDateTime> dateAdded;
 
+    const QUrl& id() const { return url; }
+
+    // Sort keys: unmeasured items sort below empty files, undated ones as the oldest.
+    QString sortName() const { return name.toLower(); }
+    qint64 sortSize() const { return size.value_or(-1); }
+    QDateTime sortDate() const;
+
     bool operator==(const VaultItem&) const = default;
 };
+
+size_t qHash(const VaultItem& item, size_t seed = 0);
 
 Q_DECLARE_METATYPE(VaultItem)

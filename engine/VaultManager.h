@@ -5,12 +5,14 @@
 #include "contents/VaultItem.h"
 
 #include <QList>
+#include <QMap>
 #include <QObject>
 #include <QPointer>
 #include <QString>
 #include <QTimer>
 #include <QUrl>
 
+#include <functional>
 #include <optional>
 
 // The vault engine: owns the one encrypted image, knows whether it is attached and where,
@@ -64,6 +66,30 @@ public:
     // replacing any file there. The vault stays open.
     void backupVault(const QUrl& destination);
 
+    // --- the vault's contents (contents/) ---
+
+    // Rebuilds `items` from the vault's top level. Never fails: an unreadable vault lists
+    // nothing.
+    void refreshItems();
+    // Moves a file, folder or application into the vault and remembers where it came from.
+    void addItem(const QUrl& url);
+    // Puts an item back exactly where it was taken from.
+    void restoreItem(const QUrl& url);
+    // Moves an item out of the vault into `folder`, under its current name.
+    void removeItem(const QUrl& url, const QUrl& folder);
+    // Renames an item, keeping its extension.
+    void renameItem(const QUrl& url, const QString& newName);
+    // Erases a top-level item for good.
+    void deleteItem(const QUrl& url);
+    // The folder an item would be restored to, if its origin is known.
+    std::optional<QString> restoreFolder(const QUrl& url) const;
+
+    // Runs a command (program first, then its arguments) and gives its exit status, or -1
+    // when it could not be started. Used for removing an original that needs an
+    // administrator's consent; tests put their own in its place.
+    using CommandRunner = std::function<int(const QStringList& command)>;
+    void setElevationRunner(CommandRunner runner);
+
 signals:
     void isUnlockedChanged();
     void mountPointChanged();
@@ -80,6 +106,14 @@ private:
     void attachAfterPasswordChange(const QString& password);
     void stopIdleTimer();
 
+    QString vaultRoot() const { return m_mountPoint.toLocalFile(); }
+    VaultItem makeItem(const QUrl& url) const;
+    std::optional<qint64> sizeOfItem(const QUrl& url) const;
+    QMap<QString, QString> loadOrigins() const;
+    void setOrigin(const std::optional<QString>& path, const QString& name);
+    void removeOriginal(const QUrl& url);
+    bool touchesTheVault(const QString& path) const;
+
     void setUnlocked(bool unlocked);
     void setMountPoint(const QUrl& mountPoint);
     void setItems(const QList<VaultItem>& items);
@@ -94,6 +128,7 @@ private:
     HDIUtilRunner m_hdiutilRunner;
     std::optional<QString> m_unlockedPassword;
     QPointer<QTimer> m_idleTimer;
+    CommandRunner m_elevationRunner;
 
     friend class VaultManagerTestAccess;
 };

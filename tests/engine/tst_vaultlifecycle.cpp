@@ -4,6 +4,7 @@
 #include "support/FuseHarness.h"
 #include "platform/Process.h"
 #include "support/RecordingRunner.h"
+#include "support/Trees.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -25,17 +26,11 @@ public:
     }
 };
 
+using testsupport::readFile;
+using testsupport::treeOf;
+using testsupport::writeFile;
+
 namespace {
-
-QByteArray readFile(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
-}
-
-bool writeFile(const QString& path, const QByteArray& bytes) {
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
 
 // Watches every process's command line and environment for a secret while `operation` runs.
 template <typename Operation>
@@ -51,30 +46,6 @@ QStringList processesHoldingDuring(const QByteArray& secret, Operation operation
     watcher.join();
     hits.removeDuplicates();
     return hits;
-}
-
-// Every entry below `root`: files by their size and hash, links by their target, folders as
-// such.
-QMap<QString, QByteArray> treeOf(const QString& root) {
-    QMap<QString, QByteArray> tree;
-    QDirIterator it(root, QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System,
-                    QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        const QString path = it.next();
-        const QFileInfo info = it.fileInfo();
-        const QString name = QDir(root).relativeFilePath(path);
-        if (info.isSymLink()) {
-            tree[name] = "-> " + QByteArray::fromStdString(
-                                     std::filesystem::read_symlink(path.toStdString()).string());
-        } else if (info.isDir()) {
-            tree[name] = "<folder>";
-        } else {
-            const QByteArray bytes = readFile(path);
-            tree[name] = QByteArray::number(bytes.size()) + " bytes, sha256 " +
-                         QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex();
-        }
-    }
-    return tree;
 }
 
 void fillWithMixedContent(const QString& root) {

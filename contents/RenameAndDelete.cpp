@@ -1,0 +1,71 @@
+// Renaming an item (its extension is kept) and erasing one for good.
+
+#include "engine/VaultManager.h"
+#include "platform/Files.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+namespace {
+
+std::string local(const QString& path) { return QFile::encodeName(path).toStdString(); }
+
+// The text after the last dot; none for names without one and for names that only start
+// with one (".notes").
+QString pathExtension(const QString& name) {
+    const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
+    return dot <= 0 ? QString() : name.mid(dot + 1);
+}
+
+QString deletingPathExtension(const QString& name) {
+    const QString extension = pathExtension(name);
+    return extension.isEmpty() ? name : name.left(name.size() - extension.size() - 1);
+}
+
+} // namespace
+
+void VaultManager::renameItem(const QUrl& url, const QString& newName) {
+    if (m_mountPoint.isEmpty())
+        throw VaultError::notMounted();
+    const QString oldName = url.fileName();
+    const QString extension = pathExtension(oldName);
+    QString base = newName.trimmed();
+    // Whatever extension was typed gives way to the item's own.
+    if (!extension.isEmpty())
+        base = deletingPathExtension(base);
+    if (base.isEmpty() || base.contains(QLatin1Char('/')) || base == QStringLiteral(".") ||
+        base == QStringLiteral(".."))
+        throw VaultError::ioFailed(QStringLiteral("Enter a valid name (no \u201C/\u201D)."));
+
+    const QString finalName = extension.isEmpty() ? base : base + QLatin1Char('.') + extension;
+    if (finalName == oldName)
+        return;
+    const QString destination = vaultRoot() + QLatin1Char('/') + finalName;
+    if (platform::existsNoFollow(local(destination))) {
+        throw VaultError::ioFailed(QStringLiteral("An item named \u201C") + finalName +
+                                   QStringLiteral("\u201D is already in the vault."));
+    }
+    if (const platform::FileError error = platform::moveItem(local(url.toLocalFile()), local(destination)))
+        throw VaultError::ioFailed(QString::fromStdString(*error));
+
+    const QMap<QString, QString> origins = loadOrigins();
+    const std::optional<QString> origin =
+        origins.contains(oldName) ? std::optional<QString>(origins.value(oldName)) : std::nullopt;
+    setOrigin(std::nullopt, oldName);
+    // Always written: without an origin it clears a stale one left under the new name.
+    setOrigin(origin, finalName);
+    refreshItems();
+}
+
+void VaultManager::deleteItem(const QUrl& url) {
+    if (m_mountPoint.isEmpty())
+        throw VaultError::notMounted();
+    const QString path = QDir::cleanPath(url.toLocalFile());
+    if (QDir::cleanPath(QFileInfo(path).path()) != QDir::cleanPath(vaultRoot()))
+        throw VaultError::ioFailed(QStringLiteral("Item is not inside the vault."));
+    if (const platform::FileError error = platform::removeTree(local(path)))
+        throw VaultError::ioFailed(QString::fromStdString(*error));
+    setOrigin(std::nullopt, url.fileName());
+    refreshItems();
+}

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <ctime>
+#include <optional>
+#include <string>
+
+// File operations on the user's items: copies that keep what a move keeps, and moves that
+// work across file systems. Each returns the reason for a failure, in words for the user, or
+// nothing on success. Links are never followed.
+namespace platform {
+
+using FileError = std::optional<std::string>;
+
+// Whether anything, a dangling link included, is at `path`.
+bool existsNoFollow(const std::string& path);
+bool isDirectoryNoFollow(const std::string& path);
+
+// Copies `from` to `to`, which must not exist: folders recursively, links as links, modes and
+// times kept. A failed copy leaves what it made for the caller to remove.
+FileError copyTree(const std::string& from, const std::string& to);
+
+// Removes `path` and everything below it.
+FileError removeTree(const std::string& path);
+
+// Whether this process may remove `path` and everything below it: every folder involved is
+// writable and on a writable file system, and no sticky folder protects another user's
+// entry. Asked before removing, so that a removal that would fail part-way is not begun.
+bool canRemoveTree(const std::string& path);
+
+// Moves `from` to `to`, which must not exist: a rename within a file system, otherwise a copy
+// and then removal of the original. A copy that fails is removed again, so the item is then
+// only where it was.
+FileError moveItem(const std::string& from, const std::string& to);
+
+// The entry's size in bytes as the file system reports it for the entry itself.
+std::optional<std::int64_t> entrySize(const std::string& path);
+
+// When the entry was created, where the file system records it; otherwise when its
+// metadata last changed, which for an item copied into the vault is when it arrived.
+std::optional<timespec> creationTime(const std::string& path);
+
+} // namespace platform
