@@ -58,6 +58,7 @@ void VaultManager::setOrigin(const std::optional<QString>& path, const QString& 
     // leaves the previous registry rather than a truncated one.
     QSaveFile file(vaultRoot() + QLatin1Char('/') + kRegistryName);
     if (file.open(QIODevice::WriteOnly)) {
+        file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
         file.write(QJsonDocument(object).toJson(QJsonDocument::Compact));
         file.commit();
     }

@@ -1,0 +1,443 @@
+// The vault's contents on a real gocryptfs vault: what each operation leaves on disk, in the
+// list and in the origins registry, and that every refusal leaves all of it unchanged.
+
+#include "engine/VaultManager.h"
+#include "support/FuseHarness.h"
+#include "support/Trees.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <fcntl.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using testsupport::Detail;
+using testsupport::readFile;
+using testsupport::treeOf;
+using testsupport::writeFile;
+
+class VaultManagerTestAccess {
+public:
+    static QMap<QString, QString> origins(const VaultManager& vault) { return vault.loadOrigins(); }
+    static VaultItem makeItem(const VaultManager& vault, const QUrl& url) {
+        return vault.makeItem(url);
+    }
+};
+
+namespace {
+
+QString errorOf(const std::function<void()>& operation) {
+    try {
+        operation();
+    } catch (const VaultError& error) {
+        return error.errorDescription();
+    }
+    return QStringLiteral("<no error>");
+}
+
+void setModeAndTime(const QString& path, mode_t mode, qint64 mtime) {
+    QVERIFY(::chmod(QFile::encodeName(path), mode) == 0);
+    const timespec times[2] = {{mtime, 0}, {mtime, 123456789}};
+    QVERIFY(::utimensat(AT_FDCWD, QFile::encodeName(path), times, AT_SYMLINK_NOFOLLOW) == 0);
+}
+
+// A folder the test process cannot remove anything from, even as root: a small file system
+// that is filled and then made read-only. Only root may mount one.
+class ReadOnlyFolder {
+public:
+    explicit ReadOnlyFolder(const QString& path) : m_path(path) {
+        QDir().mkpath(path);
+        m_mounted = ::mount("none", QFile::encodeName(path), "tmpfs", 0, "size=4m") == 0;
+    }
+    ~ReadOnlyFolder() {
+        if (m_mounted)
+            ::umount2(QFile::encodeName(m_path), MNT_DETACH);
+    }
+    bool mounted() const { return m_mounted; }
+    bool setReadOnly(bool readOnly) {
+        return ::mount("none", QFile::encodeName(m_path), nullptr,
+                       MS_REMOUNT | (readOnly ? MS_RDONLY : 0), "size=4m") == 0;
+    }
+
+private:
+    QString m_path;
+    bool m_mounted = false;
+};
+
+} // namespace
+
+class TestContents : public QObject {
+    Q_OBJECT
+
+    std::unique_ptr<testsupport::ScopedRuntimeDir> m_runtime;
+    std::unique_ptr<QTemporaryDir> m_home;
+    std::unique_ptr<VaultManager> m_vault;
+    QList<QStringList> m_elevations;
+
+    QString home(const QString& name = {}) const {
+        return name.isEmpty() ? m_home->path() : m_home->filePath(name);
+    }
+    QString inVault(const QString& name) const {
+        return m_vault->mountPoint().toLocalFile() + '/' + name;
+    }
+    QUrl url(const QString& path) const { return QUrl::fromLocalFile(path); }
+    // The user's side: the home folder without the vault's own (encrypted) files.
+    QMap<QString, QByteArray> homeTree() const {
+        QMap<QString, QByteArray> tree = treeOf(home(), Detail::ModesAndTimes);
+        tree.removeIf([](const auto& entry) { return entry.key().startsWith(".support"); });
+        tree.remove(".");
+        return tree;
+    }
+    QStringList listedNames() const {
+        QStringList names;
+        for (const VaultItem& item : m_vault->items())
+            names.append(item.name);
+        return names;
+    }
+    // The list must always say what the disk says.
+    void verifyListMatchesDisk() {
+        const QDir root(m_vault->mountPoint().toLocalFile());
+        QStringList onDisk = root.entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden |
+                                            QDir::System);
+        onDisk.removeAll(".morvanta-origins.json");
+        QStringList listed = listedNames();
+        onDisk.sort();
+        listed.sort();
+        QCOMPARE(listed, onDisk);
+    }
+
+private slots:
+    void init() {
+        REQUIRE_FUSE();
+        m_runtime = std::make_unique<testsupport::ScopedRuntimeDir>();
+        m_home = std::make_unique<QTemporaryDir>();
+        m_vault = std::make_unique<VaultManager>(home(".support"), testsupport::fastToolRunner());
+        m_elevations.clear();
+        m_vault->setElevationRunner([this](const QStringList& command) {
+            m_elevations.append(command);
+            return 126; // the user dismissed the prompt
+        });
+        m_vault->createVault("pw");
+        m_vault->unlock("pw");
+    }
+    void cleanup() {
+        if (m_vault && m_vault->isUnlocked())
+            m_vault->lock();
+        m_vault.reset();
+        m_home.reset();
+        m_runtime.reset();
+    }
+
+    void addAndRestoreKeepEverything() {
+        // A document, a folder with a link, an empty folder and a hidden file, a program.
+        QDir().mkpath(home("Docs/Taxes 2025/empty"));
+        QVERIFY(writeFile(home("Docs/Report.pdf"), "%PDF-1.7 report"));
+        setModeAndTime(home("Docs/Report.pdf"), 0640, 1600000000);
+        QVERIFY(writeFile(home("Docs/Taxes 2025/receipt.txt"), QByteArray(70000, 'r')));
+        QVERIFY(writeFile(home("Docs/Taxes 2025/.hidden"), "h"));
+        QVERIFY(QFile::link("receipt.txt", home("Docs/Taxes 2025/latest")));
+        setModeAndTime(home("Docs/Taxes 2025"), 0750, 1500000000);
+        QVERIFY(writeFile(home("Docs/tool"), "#!/bin/sh\necho hi\n"));
+        setModeAndTime(home("Docs/tool"), 0755, 1400000000);
+
+        const QStringList names{"Report.pdf", "Taxes 2025", "tool"};
+        QMap<QString, QMap<QString, QByteArray>> before;
+        for (const QString& name : names)
+            before[name] = treeOf(home("Docs/" + name), Detail::ModesAndTimes);
+
+        for (const QString& name : names) {
+            m_vault->addItem(url(home("Docs/" + name)));
+            QVERIFY2(!QFileInfo::exists(home("Docs/" + name)), qPrintable(name));
+            QCOMPARE(treeOf(inVault(name), Detail::ModesAndTimes), before[name]);
+            QCOMPARE(VaultManagerTestAccess::origins(*m_vault).value(name), home("Docs/" + name));
+            QCOMPARE(m_vault->restoreFolder(url(inVault(name))), home("Docs"));
+            verifyListMatchesDisk();
+        }
+        QVERIFY(m_elevations.isEmpty());
+        QCOMPARE(listedNames(), names);
+
+        // Sizes count the bytes of regular files only; the link adds nothing.
+        QCOMPARE(m_vault->items()[0].size, qint64(15));
+        QCOMPARE(m_vault->items()[1].size, qint64(70001));
+        QCOMPARE(m_vault->items()[1].kind, "folder");
+        QVERIFY(m_vault->items()[1].dateAdded.has_value());
+
+        for (const QString& name : names) {
+            m_vault->restoreItem(url(inVault(name)));
+            QCOMPARE(treeOf(home("Docs/" + name), Detail::ModesAndTimes), before[name]);
+            QVERIFY(!VaultManagerTestAccess::origins(*m_vault).contains(name));
+            verifyListMatchesDisk();
+        }
+        QVERIFY(m_vault->items().isEmpty());
+    }
+
+    void moveOutRenameAndDelete() {
+        QVERIFY(writeFile(home("Notes.txt"), "notes"));
+        QVERIFY(writeFile(home("Report.pdf"), "report"));
+        QDir().mkpath(home("Photos/2024"));
+        QVERIFY(writeFile(home("Photos/2024/a.jpg"), "jpeg"));
+        for (const QString& name : QStringList{"Notes.txt", "Report.pdf", "Photos"})
+            m_vault->addItem(url(home(name)));
+
+        QDir().mkpath(home("Elsewhere"));
+        m_vault->removeItem(url(inVault("Notes.txt")), url(home("Elsewhere")));
+        QCOMPARE(readFile(home("Elsewhere/Notes.txt")), QByteArray("notes"));
+        QVERIFY(!VaultManagerTestAccess::origins(*m_vault).contains("Notes.txt"));
+
+        // The extension stays whatever is typed; the origin follows the new name.
+        m_vault->renameItem(url(inVault("Report.pdf")), "  Final.docx \n");
+        QCOMPARE(listedNames(), (QStringList{"Final.pdf", "Photos"}));
+        QCOMPARE(VaultManagerTestAccess::origins(*m_vault),
+                 (QMap<QString, QString>{{"Final.pdf", home("Report.pdf")}, {"Photos", home("Photos")}}));
+        m_vault->renameItem(url(inVault("Photos")), "Pics.old");
+        QCOMPARE(listedNames(), (QStringList{"Final.pdf", "Pics.old"}));
+        m_vault->renameItem(url(inVault("Final.pdf")), "Final"); // same name: nothing happens
+        verifyListMatchesDisk();
+
+        // Restoring after a rename puts the item back under the name it had outside.
+        m_vault->restoreItem(url(inVault("Final.pdf")));
+        QCOMPARE(readFile(home("Report.pdf")), QByteArray("report"));
+
+        QCOMPARE(errorOf([&] { m_vault->deleteItem(url(inVault("Pics.old/2024"))); }),
+                 "IO failed: Item is not inside the vault.");
+        QVERIFY(QFileInfo::exists(inVault("Pics.old/2024/a.jpg")));
+        m_vault->deleteItem(url(inVault("Pics.old")));
+        QVERIFY(!QFileInfo::exists(inVault("Pics.old")));
+        QVERIFY(m_vault->items().isEmpty());
+        QCOMPARE(readFile(inVault(".morvanta-origins.json")), QByteArray("{}"));
+    }
+
+    void refusalsChangeNothing() {
+        QVERIFY(writeFile(home("Notes.txt"), "in the vault"));
+        QDir().mkpath(home("Docs"));
+        QVERIFY(writeFile(home("Docs/Report.pdf"), "report"));
+        m_vault->addItem(url(home("Notes.txt")));
+        m_vault->addItem(url(home("Docs/Report.pdf")));
+        QVERIFY(writeFile(home("Notes.txt"), "a second one"));
+        QVERIFY(writeFile(inVault("copied-in.txt"), "no origin"));
+        m_vault->refreshItems();
+
+        const auto vaultBefore = treeOf(m_vault->mountPoint().toLocalFile(), Detail::ModesAndTimes);
+        const auto homeBefore = homeTree();
+        const auto rejects = [&](const QString& expected, const std::function<void()>& operation) {
+            QCOMPARE(errorOf(operation), expected);
+            QCOMPARE(treeOf(m_vault->mountPoint().toLocalFile(), Detail::ModesAndTimes), vaultBefore);
+        };
+
+        rejects("IO failed: Item with same name already in vault.",
+                [&] { m_vault->addItem(url(home("Notes.txt"))); });
+        rejects("IO failed: Original location is unknown for this item.",
+                [&] { m_vault->restoreItem(url(inVault("copied-in.txt"))); });
+        rejects("IO failed: File with same name exists at destination.",
+                [&] { m_vault->removeItem(url(inVault("Notes.txt")), url(home())); });
+        for (const QString& bad : QStringList{"   ", "a/b", ".", "..", " ..pdf "})
+            rejects(QString::fromUtf8("IO failed: Enter a valid name (no “/”)."),
+                    [&] { m_vault->renameItem(url(inVault("Report.pdf")), bad); });
+        rejects(QString::fromUtf8("IO failed: An item named “Notes.txt” is already in the vault."),
+                [&] { m_vault->renameItem(url(inVault("copied-in.txt")), "Notes"); });
+        rejects("IO failed: Something already exists at the original location:\n" + home("Notes.txt"),
+                [&] { m_vault->restoreItem(url(inVault("Notes.txt"))); });
+        QCOMPARE(homeTree(), homeBefore);
+
+        QVERIFY(QDir(home("Docs")).removeRecursively());
+        rejects("IO failed: Original folder no longer exists:\n" + home("Docs"),
+                [&] { m_vault->restoreItem(url(inVault("Report.pdf"))); });
+        QVERIFY(!QFileInfo::exists(home("Docs")));
+        QCOMPARE(VaultManagerTestAccess::origins(*m_vault).size(), 2);
+
+        m_vault->lock();
+        for (const auto& operation : std::initializer_list<std::function<void()>>{
+                 [&] { m_vault->addItem(url(home("Notes.txt"))); },
+                 [&] { m_vault->restoreItem(url(home("x"))); },
+                 [&] { m_vault->renameItem(url(home("x")), "y"); },
+                 [&] { m_vault->deleteItem(url(home("x"))); }})
+            QCOMPARE(errorOf(operation), "Vault not mounted.");
+    }
+
+    void nothingThatHoldsTheVaultIsAdded() {
+        QVERIFY(writeFile(inVault("inside.txt"), "x"));
+        const QString support = home(".support");
+        const QStringList guarded{support, support + "/vault.gocryptfs", home(), inVault("inside.txt"),
+                                  m_vault->mountPoint().toLocalFile(), m_runtime->path(),
+                                  support + "/../.support/./vault.gocryptfs"};
+        const auto before = treeOf(support);
+        for (const QString& path : guarded) {
+            const QString name = url(path).fileName();
+            QCOMPARE(errorOf([&] { m_vault->addItem(url(path)); }),
+                     QString::fromUtf8("“%1” can’t be added — it’s a protected system item, or you "
+                                       "don’t have permission to move it from its current location.")
+                         .arg(name));
+        }
+        QCOMPARE(treeOf(support), before);
+        QVERIFY(QFileInfo::exists(inVault("inside.txt")));
+
+        // A link to the vault is only a link: adding it moves the link.
+        QVERIFY(QFile::link(support, home("shortcut")));
+        m_vault->addItem(url(home("shortcut")));
+        QVERIFY(QFileInfo(inVault("shortcut")).isSymLink());
+        QVERIFY(QFileInfo(support + "/vault.gocryptfs/gocryptfs.conf").isFile());
+    }
+
+    void anOriginalThatCannotBeRemovedStaysWhole() {
+        if (::geteuid() != 0)
+            QSKIP("needs root to mount a read-only folder");
+        ReadOnlyFolder protectedFolder(home("Protected"));
+        QVERIFY(protectedFolder.mounted());
+        QDir().mkpath(home("Protected/App/lib"));
+        QVERIFY(writeFile(home("Protected/App/lib/core.so"), "binary"));
+        QVERIFY(writeFile(home("Protected/App/run"), "#!/bin/sh"));
+        QVERIFY(protectedFolder.setReadOnly(true));
+        const auto before = treeOf(home("Protected/App"), Detail::ModesAndTimes);
+
+        // Refused prompt: nothing of the app in the vault, the original complete.
+        QCOMPARE(errorOf([&] { m_vault->addItem(url(home("Protected/App"))); }),
+                 QString::fromUtf8("“App” wasn’t added — its original couldn’t be removed from its "
+                                   "current location (the administrator prompt was cancelled or "
+                                   "failed). Nothing was left in the vault."));
+        QCOMPARE(m_elevations.size(), 1);
+        QCOMPARE(m_elevations[0].first(), "/usr/bin/pkexec");
+        QVERIFY(m_elevations[0][1].endsWith("/morvanta-remove-original"));
+        QCOMPARE(m_elevations[0].last(), home("Protected/App"));
+        QVERIFY(!QFileInfo::exists(inVault("App")));
+        QCOMPARE(treeOf(home("Protected/App"), Detail::ModesAndTimes), before);
+        QVERIFY(VaultManagerTestAccess::origins(*m_vault).isEmpty());
+
+        // Consent given: the helper removes the original, and the add completes.
+        m_vault->setElevationRunner([&](const QStringList& command) {
+            protectedFolder.setReadOnly(false);
+            QProcess helper;
+            helper.start(command[1], command.mid(2));
+            return helper.waitForFinished() ? helper.exitCode() : -1;
+        });
+        m_vault->addItem(url(home("Protected/App")));
+        QVERIFY(!QFileInfo::exists(home("Protected/App")));
+        QCOMPARE(treeOf(inVault("App"), Detail::ModesAndTimes), before);
+    }
+
+    void aCopyThatFailsPartWayCostsNothing() {
+        if (::geteuid() != 0)
+            QSKIP("needs root to mount a small file system");
+        cleanup();
+        m_runtime = std::make_unique<testsupport::ScopedRuntimeDir>();
+        m_home = std::make_unique<QTemporaryDir>();
+        // The vault lives on a file system too small for what is added.
+        ReadOnlyFolder small(home(".support"));
+        QVERIFY(small.mounted());
+        m_vault = std::make_unique<VaultManager>(home(".support"), testsupport::fastToolRunner());
+        m_vault->createVault("pw");
+        m_vault->unlock("pw");
+        QDir().mkpath(home("Big"));
+        QVERIFY(writeFile(home("Big/first.txt"), "small"));
+        QVERIFY(writeFile(home("Big/second.bin"), QByteArray(6 << 20, 'x')));
+        const auto before = treeOf(home("Big"), Detail::ModesAndTimes);
+
+        const QString error = errorOf([&] { m_vault->addItem(url(home("Big"))); });
+        QVERIFY2(error.contains("No space left on device"), qPrintable(error));
+        QCOMPARE(treeOf(home("Big"), Detail::ModesAndTimes), before);
+        QVERIFY(!QFileInfo::exists(inVault("Big")));
+        QVERIFY(m_vault->items().isEmpty());
+        m_vault->lock();
+    }
+
+    void hostileNamesSurvive_data() {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("spaces and quotes") << " it's \"quoted\" ";
+        QTest::newRow("NFC") << QString::fromUtf8("Caf\u00e9.txt");
+        QTest::newRow("NFD") << QString::fromUtf8("Cafe\u0301.txt");
+        QTest::newRow("leading dot") << ".hidden-notes";
+        QTest::newRow("leading dash") << "-rf";
+        QTest::newRow("newline and backslash") << "two\nlines\\.txt";
+        QTest::newRow("255 bytes") << QString(251, 'n') + ".txt";
+        QTest::newRow("255 bytes of UTF-8") << QString(125, QChar(0x00e9)) + "x.md";
+    }
+    void hostileNamesSurvive() {
+        QFETCH(QString, name);
+        QCOMPARE(QFile::encodeName(name).size() <= 255, true);
+        QVERIFY(writeFile(home(name), "payload"));
+        m_vault->addItem(url(home(name)));
+        QCOMPARE(listedNames(), QStringList{name});
+        QCOMPARE(m_vault->items()[0].size, qint64(7));
+
+        const QString renamed = "renamed " + name.left(40);
+        m_vault->renameItem(url(inVault(name)), renamed);
+        const QString finalName = m_vault->items()[0].name;
+        QVERIFY(finalName.startsWith("renamed "));
+        m_vault->restoreItem(url(inVault(finalName)));
+        QCOMPARE(readFile(home(name)), QByteArray("payload"));
+        QVERIFY(m_vault->items().isEmpty());
+    }
+
+    void registryReadRule_data() {
+        QTest::addColumn<QByteArray>("file");
+        QTest::addColumn<QStringList>("names");
+        QTest::newRow("array") << QByteArray("[1,2]") << QStringList{};
+        QTest::newRow("not JSON") << QByteArray("not json") << QStringList{};
+        QTest::newRow("truncated") << QByteArray("{\"a.txt\":\"/home/u/a.t") << QStringList{};
+        QTest::newRow("a number among texts") << QByteArray("{\"a\":\"/x/a\",\"b\":2}") << QStringList{};
+        QTest::newRow("escaped slashes") << QByteArray("{\"a.txt\":\"\\/home\\/u\\/a.txt\"}")
+                                         << QStringList{"a.txt"};
+        QTest::newRow("case matters") << QByteArray("{\"Photo.JPG\":\"/p/Photo.JPG\",\"photo.jpg\":\"/q/photo.jpg\"}")
+                                      << QStringList{"Photo.JPG", "photo.jpg"};
+    }
+    void registryReadRule() {
+        QFETCH(QByteArray, file);
+        QFETCH(QStringList, names);
+        QVERIFY(VaultManagerTestAccess::origins(*m_vault).isEmpty()); // no file yet
+        QVERIFY(writeFile(inVault(".morvanta-origins.json"), file));
+        QCOMPARE(VaultManagerTestAccess::origins(*m_vault).keys(), names);
+        if (names.contains("a.txt"))
+            QCOMPARE(m_vault->restoreFolder(url(inVault("a.txt"))), "/home/u");
+
+        // The next change rewrites the file with what it knows; a damaged file knew nothing.
+        QVERIFY(writeFile(home("new.txt"), "n"));
+        m_vault->addItem(url(home("new.txt")));
+        QCOMPARE(VaultManagerTestAccess::origins(*m_vault).size(), names.size() + 1);
+        QCOMPARE(QFileInfo(inVault(".morvanta-origins.json")).permissions() & 0x0077,
+                 QFileDevice::Permissions());
+    }
+
+    void itemsCompareByEveryField() {
+        const VaultItem item{url("/v/a.pdf"), "a.pdf", 10, "PDF document",
+                             QDateTime::fromSecsSinceEpoch(1000)};
+        VaultItem otherKind = item;
+        otherKind.kind = "—";
+        QVERIFY(item != otherKind);
+        QCOMPARE(qHash(VaultItem(item)), qHash(item));
+        VaultItem unmeasured = item;
+        unmeasured.size.reset();
+        unmeasured.dateAdded.reset();
+        QCOMPARE(unmeasured.sortSize(), qint64(-1));
+        QVERIFY(unmeasured.sortDate() < QDateTime(QDate(2, 1, 1), QTime(0, 0), Qt::UTC));
+        QCOMPARE(item.sortName(), "a.pdf");
+
+        // An entry that vanished between listing and measuring.
+        const VaultItem gone = VaultManagerTestAccess::makeItem(*m_vault, url(inVault("gone")));
+        QCOMPARE(gone.size, std::nullopt);
+        QCOMPARE(gone.kind, QString::fromUtf8("—"));
+        QCOMPARE(gone.dateAdded, std::nullopt);
+    }
+
+    void listsWhatTheVaultHolds() {
+        for (const QString& name : QStringList{"beta", "Alpha", "alpha 2", ".hidden-notes",
+                                               ".DS_Store", ".Trashes", "Report 2", "report 3"})
+            QVERIFY(writeFile(inVault(name), name.toUtf8()));
+        QDir().mkpath(inVault(".fseventsd"));
+        QDir().mkpath(inVault("empty"));
+        m_vault->refreshItems();
+        QCOMPARE(listedNames(),
+                 (QStringList{".hidden-notes", "Alpha", "alpha 2", "beta", "empty", "Report 2",
+                              "report 3"}));
+        const VaultItem& empty = m_vault->items()[4];
+        QCOMPARE(empty.size, qint64(0));
+        QCOMPARE(empty.kind, "folder");
+        QCOMPARE(empty.url, url(inVault("empty")));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestContents)
+#include "tst_contents.moc"
