@@ -1,6 +1,7 @@
 // Moving an item into the vault: checks first, then copy, then removal of the original, and
 // the bookkeeping last, so that a failure at any step leaves the item where it was.
 
+#include "OriginsRegistry.h"
 #include "engine/VaultManager.h"
 #include "platform/Files.h"
 #include "platform/Process.h"
@@ -78,7 +79,7 @@ void VaultManager::addItem(const QUrl& url) {
         throw VaultError::cannotMoveSource(name);
 
     const QString destination = vaultRoot() + QLatin1Char('/') + name;
-    if (platform::existsNoFollow(local(destination)))
+    if (name == kOriginsRegistryName || platform::existsNoFollow(local(destination)))
         throw VaultError::ioFailed(QStringLiteral("Item with same name already in vault."));
 
     if (const platform::FileError error = platform::copyTree(local(source), local(destination))) {

@@ -1,5 +1,6 @@
 // The vault's top-level entries as the screens list them.
 
+#include "OriginsRegistry.h"
 #include "engine/VaultManager.h"
 #include "platform/Files.h"
 
@@ -20,7 +21,7 @@ const QSet<QString> kExcludedNames = {
     QStringLiteral(".DS_Store"),        QStringLiteral(".Trashes"),
     QStringLiteral(".fseventsd"),       QStringLiteral(".Spotlight-V100"),
     QStringLiteral(".TemporaryItems"),  QStringLiteral(".DocumentRevisions-V100"),
-    QStringLiteral(".morvanta-origins.json"),
+    kOriginsRegistryName,
 };
 
 QString kindOf(const QString& path) {

@@ -1,6 +1,7 @@
 // The origins registry: a small JSON object at the vault's root that maps each item's name
 // to the full path it was taken from. Advisory: a damaged file reads as empty.
 
+#include "OriginsRegistry.h"
 #include "engine/VaultManager.h"
 
 #include <QFile>
@@ -11,8 +12,6 @@
 #include <filesystem>
 
 namespace {
-
-const QString kRegistryName = QStringLiteral(".morvanta-origins.json");
 
 QString parentFolder(const QString& path) {
     return QFile::decodeName(
@@ -25,7 +24,7 @@ QMap<QString, QString> VaultManager::loadOrigins() const {
     QMap<QString, QString> origins;
     if (m_mountPoint.isEmpty())
         return origins;
-    QFile file(vaultRoot() + QLatin1Char('/') + kRegistryName);
+    QFile file(vaultRoot() + QLatin1Char('/') + kOriginsRegistryName);
     if (!file.open(QIODevice::ReadOnly))
         return origins;
     QJsonParseError error;
@@ -56,7 +55,7 @@ void VaultManager::setOrigin(const std::optional<QString>& path, const QString& 
         object.insert(it.key(), it.value());
     // Written whole to a temporary file and renamed into place, so that a crash part-way
     // leaves the previous registry rather than a truncated one.
-    QSaveFile file(vaultRoot() + QLatin1Char('/') + kRegistryName);
+    QSaveFile file(vaultRoot() + QLatin1Char('/') + kOriginsRegistryName);
     if (file.open(QIODevice::WriteOnly)) {
         file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
         file.write(QJsonDocument(object).toJson(QJsonDocument::Compact));

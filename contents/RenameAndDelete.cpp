@@ -1,5 +1,6 @@
 // Renaming an item (its extension is kept) and erasing one for good.
 
+#include "OriginsRegistry.h"
 #include "engine/VaultManager.h"
 #include "platform/Files.h"
 
@@ -42,7 +43,7 @@ void VaultManager::renameItem(const QUrl& url, const QString& newName) {
     if (finalName == oldName)
         return;
     const QString destination = vaultRoot() + QLatin1Char('/') + finalName;
-    if (platform::existsNoFollow(local(destination))) {
+    if (finalName == kOriginsRegistryName || platform::existsNoFollow(local(destination))) {
         throw VaultError::ioFailed(QStringLiteral("An item named \u201C") + finalName +
                                    QStringLiteral("\u201D is already in the vault."));
     }

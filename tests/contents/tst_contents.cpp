@@ -220,8 +220,10 @@ private slots:
         m_vault->addItem(url(home("Docs/Report.pdf")));
         QVERIFY(writeFile(home("Notes.txt"), "a second one"));
         QVERIFY(writeFile(inVault("copied-in.txt"), "no origin"));
+        QVERIFY(writeFile(inVault("data.json"), "{}"));
         m_vault->refreshItems();
 
+        QVERIFY(writeFile(home(".morvanta-origins.json"), "{\"mine\":\"/x\"}"));
         const auto vaultBefore = treeOf(m_vault->mountPoint().toLocalFile(), Detail::ModesAndTimes);
         const auto homeBefore = homeTree();
         const auto rejects = [&](const QString& expected, const std::function<void()>& operation) {
@@ -231,6 +233,11 @@ private slots:
 
         rejects("IO failed: Item with same name already in vault.",
                 [&] { m_vault->addItem(url(home("Notes.txt"))); });
+        // The registry's name is reserved.
+        rejects("IO failed: Item with same name already in vault.",
+                [&] { m_vault->addItem(url(home(".morvanta-origins.json"))); });
+        rejects(QString::fromUtf8("IO failed: An item named “.morvanta-origins.json” is already in the vault."),
+                [&] { m_vault->renameItem(url(inVault("data.json")), ".morvanta-origins"); });
         rejects("IO failed: Original location is unknown for this item.",
                 [&] { m_vault->restoreItem(url(inVault("copied-in.txt"))); });
         rejects("IO failed: File with same name exists at destination.",
