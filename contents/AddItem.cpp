@@ -71,15 +71,14 @@ bool VaultManager::touchesTheVault(const QString& path) const {
 }
 
 void VaultManager::addItem(const QUrl& url) {
-    if (m_mountPoint.isEmpty())
-        throw VaultError::notMounted();
+    requireMounted();
     const QString name = url.fileName();
     const QString source = url.toLocalFile();
     if (QDir::cleanPath(source).startsWith(QStringLiteral("/System/")) || touchesTheVault(source))
         throw VaultError::cannotMoveSource(name);
 
     const QString destination = vaultRoot() + QLatin1Char('/') + name;
-    if (name == kOriginsRegistryName || platform::existsNoFollow(local(destination)))
+    if (name == kOriginsRegistryName || name == kOriginsDraftName || platform::existsNoFollow(local(destination)))
         throw VaultError::ioFailed(QStringLiteral("Item with same name already in vault."));
 
     if (const platform::FileError error = platform::copyTree(local(source), local(destination))) {

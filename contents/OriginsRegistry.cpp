@@ -7,11 +7,29 @@
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSaveFile>
+
+#include <cstdio>
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <filesystem>
 
 namespace {
+
+// Written whole beside the registry and renamed over it, so that a crash part-way leaves the
+// previous registry rather than a truncated one.
+void replaceFile(const QString& path, const QString& draftPath, const QByteArray& bytes) {
+    const QByteArray draft = QFile::encodeName(draftPath);
+    const int fd = ::open(draft.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    if (fd < 0)
+        return;
+    const bool written = ::write(fd, bytes.constData(), std::size_t(bytes.size())) == bytes.size() &&
+                         ::fsync(fd) == 0;
+    if (::close(fd) == 0 && written &&
+        std::rename(draft.constData(), QFile::encodeName(path).constData()) == 0)
+        return;
+    ::unlink(draft.constData());
+}
 
 QString parentFolder(const QString& path) {
     return QFile::decodeName(
@@ -53,14 +71,13 @@ void VaultManager::setOrigin(const std::optional<QString>& path, const QString& 
     QJsonObject object;
     for (auto it = origins.cbegin(); it != origins.cend(); ++it)
         object.insert(it.key(), it.value());
-    // Written whole to a temporary file and renamed into place, so that a crash part-way
-    // leaves the previous registry rather than a truncated one.
-    QSaveFile file(vaultRoot() + QLatin1Char('/') + kOriginsRegistryName);
-    if (file.open(QIODevice::WriteOnly)) {
-        file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
-        file.write(QJsonDocument(object).toJson(QJsonDocument::Compact));
-        file.commit();
-    }
+    replaceFile(vaultRoot() + QLatin1Char('/') + kOriginsRegistryName,
+                vaultRoot() + QLatin1Char('/') + kOriginsDraftName,
+                QJsonDocument(object).toJson(QJsonDocument::Compact));
+}
+
+void VaultManager::removeRegistryDraft() {
+    QFile::remove(vaultRoot() + QLatin1Char('/') + kOriginsDraftName);
 }
 
 std::optional<QString> VaultManager::restoreFolder(const QUrl& url) const {

@@ -27,8 +27,7 @@ QString deletingPathExtension(const QString& name) {
 } // namespace
 
 void VaultManager::renameItem(const QUrl& url, const QString& newName) {
-    if (m_mountPoint.isEmpty())
-        throw VaultError::notMounted();
+    requireMounted();
     const QString oldName = url.fileName();
     const QString extension = pathExtension(oldName);
     QString base = newName.trimmed();
@@ -43,7 +42,8 @@ void VaultManager::renameItem(const QUrl& url, const QString& newName) {
     if (finalName == oldName)
         return;
     const QString destination = vaultRoot() + QLatin1Char('/') + finalName;
-    if (finalName == kOriginsRegistryName || platform::existsNoFollow(local(destination))) {
+    if (finalName == kOriginsRegistryName || finalName == kOriginsDraftName ||
+        platform::existsNoFollow(local(destination))) {
         throw VaultError::ioFailed(QStringLiteral("An item named \u201C") + finalName +
                                    QStringLiteral("\u201D is already in the vault."));
     }
@@ -60,8 +60,7 @@ void VaultManager::renameItem(const QUrl& url, const QString& newName) {
 }
 
 void VaultManager::deleteItem(const QUrl& url) {
-    if (m_mountPoint.isEmpty())
-        throw VaultError::notMounted();
+    requireMounted();
     const QString path = QDir::cleanPath(url.toLocalFile());
     if (QDir::cleanPath(QFileInfo(path).path()) != QDir::cleanPath(vaultRoot()))
         throw VaultError::ioFailed(QStringLiteral("Item is not inside the vault."));

@@ -14,8 +14,7 @@ std::string local(const QString& path) { return QFile::encodeName(path).toStdStr
 } // namespace
 
 void VaultManager::restoreItem(const QUrl& url) {
-    if (m_mountPoint.isEmpty())
-        throw VaultError::notMounted();
+    requireMounted();
     const QMap<QString, QString> origins = loadOrigins();
     const QString name = url.fileName();
     const auto origin = origins.constFind(name);

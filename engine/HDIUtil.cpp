@@ -31,9 +31,14 @@ QString decodeOrEmpty(const std::string& bytes) {
 
 using PlistPtr = std::unique_ptr<void, decltype(&plist_free)>;
 
+// The tool's answers are a few hundred bytes. The parser recurses once per nesting level,
+// so a hostile answer nested deeply enough would exhaust the stack: anything larger than
+// this is not read at all.
+constexpr qsizetype kMaxPlistBytes = 128 * 1024;
+
 PlistPtr parsePlist(const QByteArray& bytes) {
     plist_t parsed = nullptr;
-    if (!bytes.isEmpty())
+    if (!bytes.isEmpty() && bytes.size() <= kMaxPlistBytes)
         plist_from_memory(bytes.constData(), uint32_t(bytes.size()), &parsed);
     return PlistPtr(parsed, &plist_free);
 }
@@ -111,14 +116,14 @@ std::optional<QString> parseMountPoint(const QByteArray& plist) {
     return firstMountPoint(plist_dict_get_item(root.get(), "system-entities"));
 }
 
-QStringList parseAttachedMountPoints(const QString& plist, const QString& imagePath) {
-    QStringList mountPoints;
+std::optional<QStringList> parseAttachedMountPoints(const QString& plist, const QString& imagePath) {
     const PlistPtr root = parsePlist(plist);
     if (!isDictionary(root.get()))
-        return mountPoints;
+        return std::nullopt;
     plist_t images = plist_dict_get_item(root.get(), "images");
     if (!isArray(images))
-        return mountPoints;
+        return std::nullopt;
+    QStringList mountPoints;
     const QString wanted = QFileInfo(imagePath).canonicalFilePath();
     for (uint32_t i = 0; i < plist_array_get_size(images); ++i) {
         plist_t image = plist_array_get_item(images, i);

@@ -39,5 +39,6 @@ std::optional<QString> parseMountPoint(const QString& plist);
 std::optional<QString> parseMountPoint(const QByteArray& plist);
 
 // The mount points of one image in the property list that "info -plist" prints: the
-// "system-entities" of each entry of "images" whose "image-path" is that image.
-QStringList parseAttachedMountPoints(const QString& plist, const QString& imagePath);
+// "system-entities" of each entry of "images" whose "image-path" is that image. Nothing when
+// the text is not such a list.
+std::optional<QStringList> parseAttachedMountPoints(const QString& plist, const QString& imagePath);

@@ -1,8 +1,10 @@
 #include "VaultManager.h"
 
 #include "ToolSupport.h"
+#include "platform/Files.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QStandardPaths>
 
@@ -90,6 +92,7 @@ void VaultManager::attach(const QString& password) {
     forgetPassword();
     // A copy of our own, so that forgetting it can overwrite it.
     m_unlockedPassword = QString(password.constData(), password.size());
+    removeRegistryDraft();
     refreshItems();
     restartIdleTimer();
 }
@@ -102,9 +105,14 @@ void VaultManager::lock() {
     if (runTool({QStringLiteral("detach"), path}).status != 0) {
         const HDIUtilResult forced =
             runTool({QStringLiteral("detach"), QStringLiteral("-force"), path});
-        // Only standard error here, as it stands.
-        if (forced.status != 0)
-            throw VaultError::unmountFailed(forced.stderr);
+        // Both failed. If the tool says the image is no longer attached at all (unmounted
+        // from outside), the vault is locked already. Otherwise: only standard error here,
+        // as it stands.
+        if (forced.status != 0) {
+            const std::optional<QStringList> attached = attachedMountPoints();
+            if (!attached || !attached->isEmpty())
+                throw VaultError::unmountFailed(forced.stderr);
+        }
     }
     setMountPoint({});
     setUnlocked(false);
@@ -120,14 +128,29 @@ void VaultManager::publishLockedState() {
     forgetPassword();
 }
 
+std::optional<QStringList> VaultManager::attachedMountPoints() const {
+    const HDIUtilResult info = runTool({QStringLiteral("info"), QStringLiteral("-plist")});
+    if (info.status != 0)
+        return std::nullopt;
+    return parseAttachedMountPoints(info.stdout, bundlePath());
+}
+
 void VaultManager::detachStaleMounts() {
     if (!vaultExists())
         return;
-    const HDIUtilResult info = runTool({QStringLiteral("info"), QStringLiteral("-plist")});
-    if (info.status != 0)
-        return;
-    for (const QString& mountPoint : parseAttachedMountPoints(info.stdout, bundlePath()))
+    for (const QString& mountPoint : attachedMountPoints().value_or(QStringList()))
         runTool({QStringLiteral("detach"), QStringLiteral("-force"), mountPoint});
+}
+
+void VaultManager::requireMounted() {
+    if (m_mountPoint.isEmpty())
+        throw VaultError::notMounted();
+    if (platform::isMountPoint(QFile::encodeName(vaultRoot()).toStdString()))
+        return;
+    // Whatever is at the mount point now is a plain folder: nothing may be written there.
+    runTool({QStringLiteral("detach"), QStringLiteral("-force"), vaultRoot()});
+    publishLockedState();
+    throw VaultError::notMounted();
 }
 
 void VaultManager::setUnlocked(bool unlocked) {

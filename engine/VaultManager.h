@@ -102,6 +102,11 @@ private:
     // "attach" and publishing the unlocked state; shared with reopening after a re-key.
     void attach(const QString& password);
     void detachStaleMounts();
+    // The mount points of this vault's image the tool knows of; nothing if it cannot say.
+    std::optional<QStringList> attachedMountPoints() const;
+    // For operations that write into the vault: throws notMounted, and shows the vault
+    // locked, when its mount has gone (unmounted from outside, or its daemon died).
+    void requireMounted();
     void detachForPasswordChange();
     void attachAfterPasswordChange(const QString& password);
     void stopIdleTimer();
@@ -111,6 +116,7 @@ private:
     std::optional<qint64> sizeOfItem(const QUrl& url) const;
     QMap<QString, QString> loadOrigins() const;
     void setOrigin(const std::optional<QString>& path, const QString& name);
+    void removeRegistryDraft();
     void removeOriginal(const QUrl& url);
     bool touchesTheVault(const QString& path) const;
 

@@ -242,6 +242,14 @@ FileError moveItem(const std::string& from, const std::string& to) {
     return removeTree(from);
 }
 
+bool isMountPoint(const std::string& path) {
+    struct stat self {}, parent {};
+    if (::stat(path.c_str(), &self) != 0 || !S_ISDIR(self.st_mode) ||
+        ::stat((path + "/..").c_str(), &parent) != 0)
+        return false;
+    return self.st_dev != parent.st_dev || self.st_ino == parent.st_ino;
+}
+
 std::optional<std::int64_t> entrySize(const std::string& path) {
     struct stat info {};
     if (::lstat(path.c_str(), &info) != 0)

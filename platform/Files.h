@@ -33,6 +33,10 @@ bool canRemoveTree(const std::string& path);
 // only where it was.
 FileError moveItem(const std::string& from, const std::string& to);
 
+// Whether a file system is mounted at `path` (false when nothing readable is there, as with
+// a FUSE mount whose daemon has died).
+bool isMountPoint(const std::string& path);
+
 // The entry's size in bytes as the file system reports it for the entry itself.
 std::optional<std::int64_t> entrySize(const std::string& path);
 

@@ -2,17 +2,13 @@
 // standard-input bytes of the macOS disk-image tool and carries them out with gocryptfs.
 
 #include "HDIUtilTool.h"
+#include "platform/Hardening.h"
 
 #include <cstdio>
-#include <sys/prctl.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 int main(int argc, char** argv) {
-    // A crash must never leave the password in a core file.
-    const rlimit noCore{0, 0};
-    setrlimit(RLIMIT_CORE, &noCore);
-    prctl(PR_SET_DUMPABLE, 0);
+    platform::hardenProcess();
 
     std::vector<std::string> args(argv + 1, argv + argc);
     std::string out, err;

@@ -1,6 +1,7 @@
 #include "engine/HDIUtil.h"
 
 #include <QTest>
+#include <QRandomGenerator>
 #include <QTemporaryDir>
 
 #include <plist/plist.h>
@@ -151,6 +152,31 @@ private slots:
         QCOMPARE(parseMountPoint(plist), mountPoint);
     }
 
+    void survivesHostileLists() {
+        // Nesting deep enough to exhaust the stack of a recursive parser.
+        const QByteArray deep = "<plist><dict><key>system-entities</key>" +
+                                QByteArray("<array>").repeated(300000) +
+                                QByteArray("</array>").repeated(300000) + "</dict></plist>";
+        QCOMPARE(parseMountPoint(deep), std::nullopt);
+        QCOMPARE(parseMountPoint(QString::fromLatin1(deep)), std::nullopt);
+        const QByteArray nested = "<plist><dict><key>system-entities</key>" +
+                                  QByteArray("<array>").repeated(8000) +
+                                  QByteArray("</array>").repeated(8000) + "</dict></plist>";
+        QCOMPARE(parseMountPoint(nested), std::nullopt);
+
+        // Damaged answers: every one reads as "no mount point", none crashes.
+        const QByteArray valid = QByteArray(kAttachXml);
+        QRandomGenerator random(7);
+        for (int i = 0; i < 3000; ++i) {
+            QByteArray damaged = valid;
+            for (int k = 0; k < 4; ++k)
+                damaged[random.bounded(damaged.size())] = char(random.bounded(256));
+            damaged.truncate(random.bounded(damaged.size()) + 1);
+            const auto found = parseMountPoint(damaged);
+            QVERIFY(!found || !found->isEmpty());
+        }
+    }
+
     void findsTheMountsOfOneImage() {
         QTemporaryDir dir;
         const QString image = dir.filePath("vault.gocryptfs");
@@ -166,7 +192,9 @@ private slots:
             "<dict><key>image-path</key><integer>1</integer></dict>"
             "</array></dict></plist>";
         QCOMPARE(parseAttachedMountPoints(info, image), QStringList{"/run/v"});
-        QCOMPARE(parseAttachedMountPoints("garbage", image), QStringList());
+        QCOMPARE(parseAttachedMountPoints("<plist><dict><key>images</key><array/></dict></plist>", image),
+                 QStringList());
+        QCOMPARE(parseAttachedMountPoints("garbage", image), std::nullopt);
     }
 };
 

@@ -270,6 +270,16 @@ private slots:
         QCOMPARE(*VaultManagerTestAccess::password(*vault), "kept");
     }
 
+    void lockFindsAVaultUnmountedFromOutsideLocked() {
+        auto vault = makeUnlockedVault();
+        m_tool.replies = {{1, {}, "not attached"},
+                          {1, {}, "not attached"},
+                          {0, "<plist><dict><key>images</key><array/></dict></plist>", {}}};
+        vault->lock();
+        QCOMPARE(m_tool.argLists().last(), (QStringList{"info", "-plist"}));
+        QCOMPARE(published(*vault), (Published{false, {}, false}));
+    }
+
     void publishLockedStateRunsNothing() {
         auto vault = makeUnlockedVault();
         QSignalSpy unlockedSpy(vault.get(), &VaultManager::isUnlockedChanged);
@@ -440,7 +450,7 @@ private slots:
         vault->setIdleTimeoutSeconds(0.02);
         m_tool.replies = {{1, {}, "busy"}, {1, {}, "busy"}};
         vault->restartIdleTimer();
-        QTRY_COMPARE(m_tool.calls.size(), 2);
+        QTRY_COMPARE(m_tool.calls.size(), 3); // plain, forced, and asking what is attached
         QTest::qWait(20);
         QVERIFY(vault->isUnlocked());
         QVERIFY(!idleLockPending(*vault));

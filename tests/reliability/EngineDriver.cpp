@@ -1,0 +1,43 @@
+// A stand-in for the application, for tests that kill it part-way: it opens the vault in
+// SUPPORT with the password "pw" through the cheap-key tool, then carries out one job.
+//   engine-driver SUPPORT wait              stay unlocked until killed
+//   engine-driver SUPPORT add PATH          add PATH
+//   engine-driver SUPPORT rename NAME       rename NAME to "renamed" and back, over and over
+// It prints "ready" once unlocked, then "done" when the job is over.
+
+#include "engine/VaultManager.h"
+#include "support/FuseHarness.h"
+
+#include <QCoreApplication>
+#include <QThread>
+
+#include <cstdio>
+
+int main(int argc, char** argv) {
+    QCoreApplication app(argc, argv);
+    const QStringList args = app.arguments();
+    if (args.size() < 3)
+        return 2;
+    VaultManager vault(args[1], testsupport::fastToolRunner());
+    vault.setIdleTimeoutSeconds(0);
+    vault.unlock(QStringLiteral("pw"));
+    std::puts("ready");
+    std::fflush(stdout);
+
+    const QString root = vault.mountPoint().toLocalFile() + QLatin1Char('/');
+    if (args[2] == "add") {
+        vault.addItem(QUrl::fromLocalFile(args[3]));
+    } else if (args[2] == "rename") {
+        for (int i = 0;; ++i) {
+            const bool there = i % 2 == 0;
+            vault.renameItem(QUrl::fromLocalFile(root + (there ? args[3] : QStringLiteral("renamed"))),
+                             there ? QStringLiteral("renamed") : args[3]);
+        }
+    } else {
+        for (;;)
+            QThread::sleep(1);
+    }
+    std::puts("done");
+    std::fflush(stdout);
+    return 0;
+}

@@ -1,0 +1,427 @@
+// Morvanta under faults (full file systems, a tool or the whole app killed part-way, a mount
+// that disappears, files held open), bad input, and with its secrets. After each fault,
+// nothing of the user's is lost (every file is whole at its place or in the vault, byte for
+// byte), the registry still reads, and the app starts locked.
+
+#include "engine/VaultManager.h"
+#include "platform/Hardening.h"
+#include "platform/Process.h"
+#include "support/FuseHarness.h"
+#include "support/Trees.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QProcess>
+#include <QScopeGuard>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QThread>
+
+#include <csignal>
+#include <sys/mount.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using testsupport::readFile;
+using testsupport::treeOf;
+using testsupport::writeFile;
+
+namespace {
+
+QString errorOf(const std::function<void()>& operation) {
+    try {
+        operation();
+    } catch (const VaultError& error) {
+        return error.errorDescription();
+    }
+    return QStringLiteral("<no error>");
+}
+
+// A small tmpfs at `path`, for a file system that runs full. Only root may mount one.
+class SmallFileSystem {
+public:
+    SmallFileSystem(const QString& path, const char* size) : m_path(QFile::encodeName(path)) {
+        QDir().mkpath(path);
+        m_mounted = ::mount("none", m_path, "tmpfs", 0, (QByteArray("size=") + size).constData()) == 0;
+    }
+    ~SmallFileSystem() {
+        if (m_mounted)
+            ::umount2(m_path, MNT_DETACH);
+    }
+    bool mounted() const { return m_mounted; }
+
+private:
+    QByteArray m_path;
+    bool m_mounted = false;
+};
+
+// Fills the file system holding `folder` until not one more byte fits.
+void fillUp(const QString& folder) {
+    QFile filler(folder + "/filler");
+    if (!filler.open(QIODevice::WriteOnly))
+        return;
+    const QByteArray chunk(4096, 'f');
+    while (filler.write(chunk) == chunk.size() && filler.flush()) {
+    }
+    QByteArray one(1, 'f');
+    while (filler.write(one) == 1 && filler.flush()) {
+    }
+}
+
+// Every file below `root` by its path relative to it, with its bytes.
+QMap<QString, QByteArray> filesBelow(const QString& root) {
+    QMap<QString, QByteArray> files;
+    const auto tree = treeOf(root);
+    for (auto it = tree.cbegin(); it != tree.cend(); ++it) {
+        if (it.value().startsWith("file"))
+            files.insert(it.key(), readFile(root + '/' + it.key()));
+    }
+    return files;
+}
+
+bool registryReads(const QString& vaultRoot) {
+    QFile file(vaultRoot + "/.morvanta-origins.json");
+    if (!file.exists())
+        return true;
+    return file.open(QIODevice::ReadOnly) && QJsonDocument::fromJson(file.readAll()).isObject();
+}
+
+} // namespace
+
+class TestReliability : public QObject {
+    Q_OBJECT
+
+    std::unique_ptr<testsupport::ScopedRuntimeDir> m_runtime;
+    std::unique_ptr<QTemporaryDir> m_home;
+
+    QString home(const QString& name = {}) const {
+        return name.isEmpty() ? m_home->path() : m_home->filePath(name);
+    }
+    QString support() const { return home(".support"); }
+    std::unique_ptr<VaultManager> startApp() {
+        return std::make_unique<VaultManager>(support(), testsupport::fastToolRunner());
+    }
+    std::unique_ptr<VaultManager> newUnlockedVault() {
+        auto vault = startApp();
+        vault->createVault("pw");
+        vault->unlock("pw");
+        return vault;
+    }
+    QString root(const VaultManager& vault) const { return vault.mountPoint().toLocalFile(); }
+    void requireRoot(const char* why) {
+        if (::geteuid() != 0)
+            QSKIP(why);
+    }
+
+    // Starts the stand-in app and waits until it has the vault open.
+    std::unique_ptr<QProcess> startDriver(const QStringList& job) {
+        auto driver = std::make_unique<QProcess>();
+        driver->start(QCoreApplication::applicationDirPath() + "/engine-driver",
+                      QStringList{support()} + job);
+        if (!driver->waitForStarted() || !driver->waitForReadyRead(10000) ||
+            !driver->readLine().startsWith("ready"))
+            return nullptr;
+        return driver;
+    }
+    void kill(QProcess& driver) {
+        ::kill(pid_t(driver.processId()), SIGKILL);
+        driver.waitForFinished();
+    }
+
+    // What every fault must leave: a locked start with no mount, and every original file
+    // whole either where it was or in the vault.
+    void verifyNothingLost(const QString& original, const QMap<QString, QByteArray>& files) {
+        auto restarted = startApp();
+        QVERIFY(!restarted->isUnlocked());
+        QVERIFY(testsupport::mountsBelow(m_runtime->path()).isEmpty());
+        restarted->unlock("pw");
+        const QString name = QFileInfo(original).fileName();
+        QVERIFY(registryReads(root(*restarted)));
+        const QString inVault = root(*restarted) + '/' + name;
+        for (auto it = files.cbegin(); it != files.cend(); ++it) {
+            const QString outside = original + '/' + it.key();
+            const QString inside = inVault + '/' + it.key();
+            const bool whole = (QFileInfo::exists(outside) && readFile(outside) == it.value()) ||
+                               (QFileInfo::exists(inside) && readFile(inside) == it.value());
+            QVERIFY2(whole, qPrintable(it.key() + " was lost"));
+        }
+        restarted->lock();
+    }
+
+private slots:
+    void init() {
+        REQUIRE_FUSE();
+        m_runtime = std::make_unique<testsupport::ScopedRuntimeDir>();
+        m_home = std::make_unique<QTemporaryDir>();
+    }
+    void cleanup() {
+        m_home.reset();
+        m_runtime.reset();
+    }
+
+    void theMountDisappearsUnderTheApp() {
+        auto vault = newUnlockedVault();
+        QVERIFY(writeFile(home("kept.txt"), "kept"));
+        vault->addItem(QUrl::fromLocalFile(home("kept.txt")));
+        const QString mount = root(*vault);
+
+        // Unmounted from outside: the folder left behind is plain, and nothing may go there.
+        QCOMPARE(platform::runProcess("/usr/bin/fusermount3", {"-u", mount.toStdString()}, {}).status, 0);
+        QVERIFY(writeFile(home("next.txt"), "next"));
+        QCOMPARE(errorOf([&] { vault->addItem(QUrl::fromLocalFile(home("next.txt"))); }),
+                 "Vault not mounted.");
+        QCOMPARE(readFile(home("next.txt")), QByteArray("next"));
+        QVERIFY(!vault->isUnlocked());
+        QVERIFY(!QFileInfo::exists(mount + "/next.txt"));
+
+        // Its gocryptfs killed: the same, and the dead mount is cleared away.
+        vault->unlock("pw");
+        QCOMPARE(readFile(root(*vault) + "/kept.txt"), QByteArray("kept"));
+        for (const QString& pid : QDir("/proc").entryList(QDir::Dirs)) {
+            if (readFile("/proc/" + pid + "/cmdline").contains(QFile::encodeName(support())))
+                ::kill(pid.toInt(), SIGKILL);
+        }
+        QTRY_VERIFY(!QFileInfo(root(*vault) + "/kept.txt").exists());
+        QCOMPARE(errorOf([&] { vault->renameItem(QUrl::fromLocalFile(root(*vault) + "/kept.txt"), "x"); }),
+                 "Vault not mounted.");
+        QVERIFY(testsupport::mountsBelow(m_runtime->path()).isEmpty());
+
+        // And a lock after an unmount from outside simply finds the vault locked.
+        vault->unlock("pw");
+        platform::runProcess("/usr/bin/fusermount3", {"-u", root(*vault).toStdString()}, {});
+        vault->lock();
+        QVERIFY(!vault->isUnlocked());
+    }
+
+    void aFileHeldOpenDoesNotStopTheAutomaticLock() {
+        auto vault = newUnlockedVault();
+        QFile open(root(*vault) + "/open.txt");
+        QVERIFY(open.open(QIODevice::WriteOnly));
+        QVERIFY(open.write("busy") == 4 && open.flush());
+        vault->setIdleTimeoutSeconds(0.1);
+        vault->restartIdleTimer();
+        QTRY_VERIFY(!vault->isUnlocked());
+        QVERIFY(testsupport::mountsBelow(m_runtime->path()).isEmpty());
+        open.close();
+        vault->unlock("pw");
+        QCOMPARE(readFile(root(*vault) + "/open.txt"), QByteArray("busy"));
+        vault->lock();
+    }
+
+    void aFullFileSystemDuringABackupKeepsTheOldOne() {
+        requireRoot("needs root to mount a small file system");
+        auto vault = newUnlockedVault();
+        SmallFileSystem small(home("usb"), "1m");
+        QVERIFY(small.mounted());
+        QVERIFY(writeFile(root(*vault) + "/small.txt", "small"));
+        const QUrl backup = QUrl::fromLocalFile(home("usb/MorvantaVault-Backup.7z"));
+        vault->backupVault(backup);
+        const QByteArray first = readFile(backup.toLocalFile());
+
+        QByteArray noise(3 << 20, Qt::Uninitialized);
+        QRandomGenerator::global()->fillRange(reinterpret_cast<quint32*>(noise.data()), noise.size() / 4);
+        QVERIFY(writeFile(root(*vault) + "/large.bin", noise));
+        const QString error = errorOf([&] { vault->backupVault(backup); });
+        QVERIFY2(error.startsWith("IO failed: "), qPrintable(error));
+        QCOMPARE(readFile(backup.toLocalFile()), first);
+        QCOMPARE(QDir(home("usb")).entryList(QDir::Files), QStringList{"MorvantaVault-Backup.7z"});
+        QVERIFY(vault->isUnlocked());
+        vault->lock();
+    }
+
+    void aFullFileSystemDuringAPasswordChangeKeepsTheOldPassword() {
+        requireRoot("needs root to mount a small file system");
+        SmallFileSystem small(support(), "2m");
+        QVERIFY(small.mounted());
+        auto vault = newUnlockedVault();
+        QVERIFY(writeFile(root(*vault) + "/notes.txt", "notes"));
+        fillUp(support());
+
+        const QString error = errorOf([&] { vault->changePassword("pw", "new password"); });
+        QVERIFY2(error.startsWith("IO failed: Password change failed: "), qPrintable(error));
+        QVERIFY(vault->isUnlocked());
+        QCOMPARE(readFile(root(*vault) + "/notes.txt"), QByteArray("notes"));
+        vault->lock();
+        QFile::remove(support() + "/filler");
+        vault->unlock("pw");
+        vault->lock();
+    }
+
+    void theToolKilledDuringAttachLeavesNothingOpen() {
+        {
+            auto vault = newUnlockedVault();
+            QVERIFY(writeFile(root(*vault) + "/inside.txt", "inside"));
+            vault->lock();
+        }
+        for (const int delay : {0, 2, 5, 10, 20, 40}) {
+            // The tool dies after `delay` ms; gocryptfs, its child, may or may not have mounted.
+            VaultManager vault(support(), [delay](const QStringList& args, const std::optional<QString>& input) {
+                QProcess tool;
+                tool.start(testsupport::fastToolPath(), args);
+                tool.waitForStarted();
+                if (input)
+                    tool.write(input->toUtf8());
+                tool.closeWriteChannel();
+                QThread::msleep(delay);
+                ::kill(pid_t(tool.processId()), SIGKILL);
+                tool.waitForFinished();
+                return HDIUtilResult{tool.exitStatus() == QProcess::CrashExit ? 128 + SIGKILL : tool.exitCode(),
+                                     QString::fromUtf8(tool.readAllStandardOutput()),
+                                     QString::fromUtf8(tool.readAllStandardError())};
+            });
+            const QString error = errorOf([&] { vault.unlock("pw"); });
+            QVERIFY(error == "Authentication failed." || vault.isUnlocked());
+
+            auto restarted = startApp();
+            QVERIFY2(testsupport::mountsBelow(m_runtime->path()).isEmpty(), qPrintable(QString::number(delay)));
+            restarted->unlock("pw");
+            QCOMPARE(readFile(root(*restarted) + "/inside.txt"), QByteArray("inside"));
+            restarted->lock();
+        }
+    }
+
+    void theAppKilledWhileUnlockedStartsLocked() {
+        newUnlockedVault()->lock();
+        auto driver = startDriver({"wait"});
+        QVERIFY(driver);
+        QCOMPARE(testsupport::mountsBelow(m_runtime->path()).size(), 1);
+        kill(*driver);
+        auto restarted = startApp();
+        QVERIFY(!restarted->isUnlocked());
+        QVERIFY(testsupport::mountsBelow(m_runtime->path()).isEmpty());
+    }
+
+    void theAppKilledDuringAnAddLosesNothing() {
+        // Killed at several moments of copying, removing and recording.
+        for (const int delay : {20, 80, 200, 400, 800}) {
+            cleanup();
+            init();
+            newUnlockedVault()->lock();
+            const QString folder = home("Photos");
+            for (int i = 0; i < 60; ++i) {
+                QDir().mkpath(folder + QStringLiteral("/%1").arg(i % 6));
+                QVERIFY(writeFile(folder + QStringLiteral("/%1/img-%2.raw").arg(i % 6).arg(i),
+                                  QByteArray(96 * 1024, char('a' + i % 26)) + QByteArray::number(i)));
+            }
+            const auto files = filesBelow(folder);
+            auto driver = startDriver({"add", folder});
+            QVERIFY(driver);
+            QThread::msleep(delay);
+            kill(*driver);
+            verifyNothingLost(folder, files);
+        }
+    }
+
+    void theAppKilledDuringARenameLosesNothing() {
+        {
+            auto vault = newUnlockedVault();
+            QVERIFY(writeFile(home("Report"), "the report"));
+            vault->addItem(QUrl::fromLocalFile(home("Report")));
+            vault->lock();
+        }
+        auto driver = startDriver({"rename", "Report"});
+        QVERIFY(driver);
+        QThread::msleep(300);
+        kill(*driver);
+
+        auto restarted = startApp();
+        QVERIFY(!restarted->isUnlocked());
+        restarted->unlock("pw");
+        QVERIFY(registryReads(root(*restarted)));
+        QStringList names;
+        for (const VaultItem& item : restarted->items())
+            names << item.name;
+        QVERIFY2(names.size() == 1, qPrintable(names.join(" / ")));
+        const QString name = restarted->items().first().name;
+        QCOMPARE(readFile(root(*restarted) + '/' + name), QByteArray("the report"));
+        restarted->lock();
+    }
+
+    void longAndOddPasswordsWork_data() {
+        QTest::addColumn<QString>("password");
+        QString printable;
+        for (char c = ' '; c <= '~'; ++c)
+            printable += QLatin1Char(c);
+        QTest::newRow("every printable character") << printable;
+        QTest::newRow("1,000 characters") << QString(1000, 'p');
+        QTest::newRow("1,000 accented characters") << QString(1000, QChar(0x00e9));
+        QTest::newRow("carriage return and tab") << QString("a\rb\tc");
+    }
+    void longAndOddPasswordsWork() {
+        QFETCH(QString, password);
+        auto vault = startApp();
+        vault->createVault(password);
+        vault->unlock(password);
+        QVERIFY(writeFile(root(*vault) + "/x.txt", "x"));
+        vault->backupVault(QUrl::fromLocalFile(home("backup.7z")));
+        vault->changePassword(password, password + "!");
+        vault->lock();
+        QCOMPARE(errorOf([&] { vault->unlock(password); }), "Authentication failed.");
+        vault->unlock(password + "!");
+        QCOMPARE(readFile(root(*vault) + "/x.txt"), QByteArray("x"));
+        vault->lock();
+    }
+
+    void processesThatHoldThePasswordKeepItToThemselves() {
+        // In a child, so that this test process keeps its own settings.
+        const pid_t child = ::fork();
+        if (child == 0) {
+            platform::hardenProcess();
+            rlimit core{};
+            ::getrlimit(RLIMIT_CORE, &core);
+            ::_exit(core.rlim_cur == 0 && core.rlim_max == 0 && ::prctl(PR_GET_DUMPABLE) == 0 ? 0 : 1);
+        }
+        int status = 0;
+        QCOMPARE(::waitpid(child, &status, 0), child);
+        QVERIFY(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+
+        // The tool hardens itself too: its limits show while it waits for its input.
+        newUnlockedVault()->lock();
+        QProcess tool;
+        tool.start(testsupport::shippedToolPath(),
+                   {"attach", "-stdinpass", "-plist", support() + "/vault.gocryptfs"});
+        QVERIFY(tool.waitForStarted());
+        QTRY_VERIFY(readFile(QStringLiteral("/proc/%1/limits").arg(tool.processId()))
+                        .simplified()
+                        .contains("Max core file size 0 0 bytes"));
+        tool.closeWriteChannel();
+        tool.waitForFinished();
+    }
+
+    void thePasswordIsNowhereOnDiskOrInOtherProcesses() {
+        // A home of its own, so that anything written "home" by any library is seen here.
+        const QByteArray realHome = qgetenv("HOME");
+        qputenv("HOME", QFile::encodeName(home()));
+        const auto restoreHome = qScopeGuard([&] { qputenv("HOME", realHome); });
+        const QByteArray secret = "Nowhere-" + QByteArray::number(QRandomGenerator::system()->generate64(), 36);
+        auto vault = startApp();
+        vault->createVault(secret);
+        vault->unlock(secret);
+        QVERIFY(writeFile(root(*vault) + "/a.txt", "a"));
+        vault->backupVault(QUrl::fromLocalFile(home("backup.7z")));
+        vault->changePassword(secret, secret + "2");
+        vault->lock();
+        QCOMPARE(testsupport::processesHolding(secret), QStringList());
+        for (const QString& folder : {QDir::homePath(), m_runtime->path(), QDir::tempPath()})
+            QCOMPARE(testsupport::filesHolding(folder, secret), QStringList());
+    }
+
+    void passwordsTheBackendCannotTakeAreRefusedClearly() {
+        auto vault = startApp();
+        const QString tooLong(1000, QChar(0x20ac)); // 3,000 bytes of UTF-8
+        QCOMPARE(errorOf([&] { vault->createVault(tooLong); }),
+                 "Create failed: morvanta-hdiutil: create failed - the password is longer than "
+                 "2048 bytes\n");
+        QCOMPARE(errorOf([&] { vault->createVault("two\nlines"); }),
+                 "Create failed: morvanta-hdiutil: create failed - the password contains a line "
+                 "break, which gocryptfs cannot take\n");
+        QVERIFY(!vault->vaultExists());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestReliability)
+#include "tst_reliability.moc"
