@@ -59,6 +59,10 @@ void VaultManager::setElevationRunner(CommandRunner runner) {
     m_elevationRunner = std::move(runner);
 }
 
+void VaultManager::setFileLayer(std::shared_ptr<platform::FileLayer> files) {
+    m_files = std::move(files);
+}
+
 // Adding the vault's own folder, anything that contains it, or anything from inside the
 // open vault would copy the vault into itself and then delete it.
 bool VaultManager::touchesTheVault(const QString& path) const {
@@ -81,15 +85,23 @@ void VaultManager::addItem(const QUrl& url) {
     if (name == kOriginsRegistryName || name == kOriginsDraftName || platform::existsNoFollow(local(destination)))
         throw VaultError::ioFailed(QStringLiteral("Item with same name already in vault."));
 
-    if (const platform::FileError error = platform::copyTree(local(source), local(destination))) {
-        platform::removeTree(local(destination));
+    // The vault copy is complete and on stable storage (the volume, and the file system that
+    // holds the image) before the original goes: a power cut at any moment leaves at least
+    // one whole copy.
+    platform::FileError error = m_files->copyTree(local(source), local(destination));
+    if (!error)
+        error = m_files->flush(local(destination));
+    if (!error)
+        error = m_files->flush(local(bundlePath()));
+    if (error) {
+        m_files->removeTree(local(destination));
         throw VaultError::ioFailed(QString::fromStdString(*error));
     }
     try {
         removeOriginal(url);
     } catch (const VaultError&) {
         // The original stays; so must nothing of it in the vault.
-        platform::removeTree(local(destination));
+        m_files->removeTree(local(destination));
         throw;
     }
     setOrigin(source, name);
@@ -100,7 +112,7 @@ void VaultManager::removeOriginal(const QUrl& url) {
     const std::string path = local(url.toLocalFile());
     // A plain removal that would stop half-way is not begun: it would destroy part of the
     // original before the administrator is even asked.
-    if (platform::canRemoveTree(path) && !platform::removeTree(path))
+    if (platform::canRemoveTree(path) && !m_files->removeTree(path))
         return;
     const CommandRunner& run = m_elevationRunner ? m_elevationRunner : CommandRunner(runCommand);
     const int status = run(elevatedRemovalCommand(url.toLocalFile()));

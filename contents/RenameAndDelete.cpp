@@ -47,7 +47,7 @@ void VaultManager::renameItem(const QUrl& url, const QString& newName) {
         throw VaultError::ioFailed(QStringLiteral("An item named \u201C") + finalName +
                                    QStringLiteral("\u201D is already in the vault."));
     }
-    if (const platform::FileError error = platform::moveItem(local(url.toLocalFile()), local(destination)))
+    if (const platform::FileError error = m_files->moveItem(local(url.toLocalFile()), local(destination)))
         throw VaultError::ioFailed(QString::fromStdString(*error));
 
     const QMap<QString, QString> origins = loadOrigins();
@@ -64,7 +64,7 @@ void VaultManager::deleteItem(const QUrl& url) {
     const QString path = QDir::cleanPath(url.toLocalFile());
     if (QDir::cleanPath(QFileInfo(path).path()) != QDir::cleanPath(vaultRoot()))
         throw VaultError::ioFailed(QStringLiteral("Item is not inside the vault."));
-    if (const platform::FileError error = platform::removeTree(local(path)))
+    if (const platform::FileError error = m_files->removeTree(local(path)))
         throw VaultError::ioFailed(QString::fromStdString(*error));
     setOrigin(std::nullopt, url.fileName());
     refreshItems();

@@ -31,7 +31,7 @@ void VaultManager::restoreItem(const QUrl& url) {
         throw VaultError::ioFailed(
             QStringLiteral("Something already exists at the original location:\n") + target);
     }
-    if (const platform::FileError error = platform::moveItem(local(url.toLocalFile()), local(target)))
+    if (const platform::FileError error = m_files->moveItem(local(url.toLocalFile()), local(target)))
         throw VaultError::ioFailed(QString::fromStdString(*error));
     setOrigin(std::nullopt, name);
     refreshItems();
@@ -44,7 +44,7 @@ void VaultManager::removeItem(const QUrl& url, const QUrl& folder) {
     const QString target = folder.toLocalFile() + QLatin1Char('/') + name;
     if (platform::existsNoFollow(local(target)))
         throw VaultError::ioFailed(QStringLiteral("File with same name exists at destination."));
-    if (const platform::FileError error = platform::moveItem(local(url.toLocalFile()), local(target)))
+    if (const platform::FileError error = m_files->moveItem(local(url.toLocalFile()), local(target)))
         throw VaultError::ioFailed(QString::fromStdString(*error));
     setOrigin(std::nullopt, name);
     refreshItems();

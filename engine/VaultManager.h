@@ -3,6 +3,7 @@
 #include "HDIUtil.h"
 #include "VaultError.h"
 #include "contents/VaultItem.h"
+#include "platform/FileLayer.h"
 
 #include <QList>
 #include <QMap>
@@ -13,6 +14,7 @@
 #include <QUrl>
 
 #include <functional>
+#include <memory>
 #include <optional>
 
 // The vault engine: owns the one encrypted image, knows whether it is attached and where,
@@ -89,6 +91,8 @@ public:
     // administrator's consent; tests put their own in its place.
     using CommandRunner = std::function<int(const QStringList& command)>;
     void setElevationRunner(CommandRunner runner);
+    // The file operations on the user's items; tests watch them through their own.
+    void setFileLayer(std::shared_ptr<platform::FileLayer> files);
 
 signals:
     void isUnlockedChanged();
@@ -135,6 +139,7 @@ private:
     std::optional<QString> m_unlockedPassword;
     QPointer<QTimer> m_idleTimer;
     CommandRunner m_elevationRunner;
+    std::shared_ptr<platform::FileLayer> m_files = std::make_shared<platform::FileLayer>();
 
     friend class VaultManagerTestAccess;
 };

@@ -219,28 +219,19 @@ bool canRemoveTree(const std::string& path) {
     return !S_ISDIR(info.st_mode) || canRemoveBelow(path);
 }
 
-FileError moveItem(const std::string& from, const std::string& to) {
-    if (existsNoFollow(to))
-        return failure("move", from, EEXIST);
+RenameResult renameWithinFileSystem(const std::string& from, const std::string& to) {
     if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0)
-        return std::nullopt;
-    int error = errno;
-    // Some file systems (FUSE ones among them) do not take the flag; the check above stands in.
-    if (error == EINVAL || error == ENOSYS) {
+        return RenameResult::Renamed;
+    // Some file systems (FUSE ones among them) do not take the flag; the caller has checked
+    // that nothing is at `to`.
+    if (errno == EINVAL || errno == ENOSYS) {
         if (::rename(from.c_str(), to.c_str()) == 0)
-            return std::nullopt;
-        error = errno;
+            return RenameResult::Renamed;
     }
-    if (error != EXDEV)
-        return failure("move", from, error);
-
-    if (FileError copyError = copyTree(from, to)) {
-        removeTree(to);
-        return copyError;
-    }
-    // The copy is complete; only now may the original go.
-    return removeTree(from);
+    return errno == EXDEV ? RenameResult::OtherFileSystem : RenameResult::Failed;
 }
+
+std::string failureToMove(const std::string& from, int error) { return failure("move", from, error); }
 
 bool isMountPoint(const std::string& path) {
     struct stat self {}, parent {};

@@ -28,10 +28,11 @@ FileError removeTree(const std::string& path);
 // entry. Asked before removing, so that a removal that would fail part-way is not begun.
 bool canRemoveTree(const std::string& path);
 
-// Moves `from` to `to`, which must not exist: a rename within a file system, otherwise a copy
-// and then removal of the original. A copy that fails is removed again, so the item is then
-// only where it was.
-FileError moveItem(const std::string& from, const std::string& to);
+// Renames `from` to `to` without replacing anything there. OtherFileSystem when the two are
+// on different file systems (a move is then a copy); Failed with errno set otherwise.
+enum class RenameResult { Renamed, OtherFileSystem, Failed };
+RenameResult renameWithinFileSystem(const std::string& from, const std::string& to);
+std::string failureToMove(const std::string& from, int error);
 
 // Whether a file system is mounted at `path` (false when nothing readable is there, as with
 // a FUSE mount whose daemon has died).

@@ -3,6 +3,7 @@
 
 #include "engine/VaultManager.h"
 #include "support/FuseHarness.h"
+#include "support/RecordingFileLayer.h"
 #include "support/Trees.h"
 
 #include <QDir>
@@ -174,6 +175,23 @@ private slots:
             verifyListMatchesDisk();
         }
         QVERIFY(m_vault->items().isEmpty());
+    }
+
+    void copiesReachStableStorageBeforeOriginalsGo() {
+        auto files = std::make_shared<RecordingFileLayer>();
+        m_vault->setFileLayer(files);
+        QVERIFY(writeFile(home("a.txt"), "a"));
+        const QString bundle = m_vault->bundlePath();
+
+        m_vault->addItem(url(home("a.txt")));
+        QCOMPARE(files->calls, (QStringList{"copy " + home("a.txt") + " -> " + inVault("a.txt"),
+                                            "flush " + inVault("a.txt"), "flush " + bundle,
+                                            "remove " + home("a.txt")}));
+        files->calls.clear();
+        m_vault->restoreItem(url(inVault("a.txt")));
+        QCOMPARE(files->calls, (QStringList{"move " + inVault("a.txt") + " -> " + home("a.txt"),
+                                            "copy " + inVault("a.txt") + " -> " + home("a.txt"),
+                                            "flush " + home("a.txt"), "remove " + inVault("a.txt")}));
     }
 
     void moveOutRenameAndDelete() {

@@ -1,16 +1,20 @@
 // A stand-in for the application, for tests that kill it part-way: it opens the vault in
 // SUPPORT with the password "pw" through the cheap-key tool, then carries out one job.
 //   engine-driver SUPPORT wait              stay unlocked until killed
-//   engine-driver SUPPORT add PATH          add PATH
+//   engine-driver SUPPORT add PATH [N]      add PATH; with N, die (SIGKILL) just before the
+//                                           N-th file operation (0 = the first), or just
+//                                           after the last one (4) for an add of 4 steps
 //   engine-driver SUPPORT rename NAME       rename NAME to "renamed" and back, over and over
 // It prints "ready" once unlocked, then "done" when the job is over.
 
 #include "engine/VaultManager.h"
 #include "support/FuseHarness.h"
+#include "support/RecordingFileLayer.h"
 
 #include <QCoreApplication>
 #include <QThread>
 
+#include <csignal>
 #include <cstdio>
 
 int main(int argc, char** argv) {
@@ -26,6 +30,19 @@ int main(int argc, char** argv) {
 
     const QString root = vault.mountPoint().toLocalFile() + QLatin1Char('/');
     if (args[2] == "add") {
+        if (args.size() > 4) {
+            auto files = std::make_shared<RecordingFileLayer>();
+            const int dieAt = args[4].toInt();
+            files->beforeEach = [files, dieAt](const QString&) {
+                if (files->calls.size() - 1 == dieAt)
+                    std::raise(SIGKILL);
+            };
+            files->afterEach = [files, dieAt](const QString&) {
+                if (files->calls.size() == dieAt && dieAt == 4)
+                    std::raise(SIGKILL);
+            };
+            vault.setFileLayer(files);
+        }
         vault.addItem(QUrl::fromLocalFile(args[3]));
     } else if (args[2] == "rename") {
         for (int i = 0;; ++i) {

@@ -316,6 +316,25 @@ private slots:
         }
     }
 
+    void theAppKilledAtEveryStepOfAnAddLosesNothing() {
+        // Copy, flush the volume, flush the image's file system, remove the original; and
+        // once more past the last step, before the registry is written.
+        for (int step = 0; step <= 4; ++step) {
+            cleanup();
+            init();
+            newUnlockedVault()->lock();
+            QDir().mkpath(home("Letters/old"));
+            QVERIFY(writeFile(home("Letters/old/1990.txt"), QByteArray(50000, 'l')));
+            QVERIFY(writeFile(home("Letters/today.txt"), "today"));
+            const auto files = filesBelow(home("Letters"));
+            auto driver = startDriver({"add", home("Letters"), QString::number(step)});
+            QVERIFY(driver);
+            driver->waitForFinished();
+            QCOMPARE(driver->exitStatus(), QProcess::CrashExit);
+            verifyNothingLost(home("Letters"), files);
+        }
+    }
+
     void theAppKilledDuringARenameLosesNothing() {
         {
             auto vault = newUnlockedVault();
