@@ -244,7 +244,7 @@ private:
 // A compressed, encrypted copy of a folder: a 7-Zip archive (AES-256, names encrypted too)
 // that any archive manager opens with the password. It is written beside the destination and
 // renamed over it only when complete, so a failure never costs an earlier backup.
-std::string createCopy(const ToolCommand& command, int stdinFd) {
+std::string createCopy(const ToolCommand& command, const ToolConfig& config, int stdinFd) {
     const std::string source = absolutePath(command.sourceFolder);
     if (!isDirectory(source))
         throw Failure{"No such folder: " + source};
@@ -276,6 +276,17 @@ std::string createCopy(const ToolCommand& command, int stdinFd) {
         line.bytes(), platform::OutputCapture::MemoryFiles, source);
     if (run.status != 0)
         throw Failure{"7z: " + reasonOf(run, "7z")};
+
+    // A backup is only a backup once it has been read back: opened with the password and
+    // every file checked. One that fails is never put in place of the previous one. (Without
+    // -p, 7z asks for the password on standard input; a bare -p would mean an empty one.)
+    if (config.beforeVerifying)
+        config.beforeVerifying(partial.path());
+    const platform::ProcessResult check = platform::runProcess(
+        sevenZip, {"t", "-bd", partial.path()}, line.bytes(),
+        platform::OutputCapture::MemoryFiles);
+    if (check.status != 0)
+        throw Failure{"the backup could not be read back: " + reasonOf(check, "7z t")};
     ::chmod(partial.path().c_str(), 0600);
     if (::rename(partial.path().c_str(), destination.c_str()) != 0)
         throw Failure{destination + ": " + std::strerror(errno)};
@@ -285,7 +296,7 @@ std::string createCopy(const ToolCommand& command, int stdinFd) {
 
 std::string create(const ToolCommand& command, const ToolConfig& config, int stdinFd) {
     if (!command.sourceFolder.empty())
-        return createCopy(command, stdinFd);
+        return createCopy(command, config, stdinFd);
     if (command.overwrite)
         throw Failure{"-ov only goes with -srcfolder: a vault is never overwritten"};
 

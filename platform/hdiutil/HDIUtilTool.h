@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -9,6 +10,9 @@ struct ToolConfig {
     // gocryptfs's scrypt cost for new vaults, as log2(N). 17 takes about 0.4 s and 128 MiB
     // per unlock here: twice gocryptfs's default, still quick to open.
     int scryptLogN = 17;
+    // Called with a backup's archive after it is written and before it is verified; only
+    // tests set it, to damage the archive.
+    std::function<void(const std::string& archive)> beforeVerifying;
 };
 
 // Carries out one disk-image tool command with gocryptfs and fusermount3. Returns the exit

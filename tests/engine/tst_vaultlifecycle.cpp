@@ -304,6 +304,25 @@ private slots:
         vault->lock();
     }
 
+    void aBackupThatDoesNotReadBackIsNotKept() {
+        auto vault = makeVault();
+        vault->createVault("pw");
+        vault->unlock("pw");
+        fillWithMixedContent(mountPath(*vault));
+        const QString backup = m_support->filePath("MorvantaVault-Backup.7z");
+        vault->backupVault(QUrl::fromLocalFile(backup));
+        const QByteArray good = readFile(backup);
+
+        qputenv("MORVANTA_TEST_DAMAGE_BACKUP", "1");
+        const QString error = thrownBy(*vault, [&](VaultManager& v) { v.backupVault(QUrl::fromLocalFile(backup)); });
+        qunsetenv("MORVANTA_TEST_DAMAGE_BACKUP");
+        QVERIFY2(error.startsWith("IO failed: morvanta-hdiutil: create failed - the backup could not be read back"),
+                 qPrintable(error));
+        QCOMPARE(readFile(backup), good);
+        QCOMPARE(QDir(m_support->path()).entryList({"*.partial-*"}), QStringList());
+        vault->lock();
+    }
+
     void passwordStaysOffCommandLinesEnvironmentsAndDiskDuringChangeAndBackup() {
         const QByteArray secret =
             "Old-" + QByteArray::number(QRandomGenerator::system()->generate64(), 36);
