@@ -1,6 +1,7 @@
 #include "VaultManager.h"
 
 #include "ToolSupport.h"
+#include "platform/DesktopTraces.h"
 #include "platform/Files.h"
 
 #include <QDir>
@@ -88,6 +89,8 @@ void VaultManager::attach(const QString& password) {
         throw VaultError::mountFailed(QStringLiteral("Could not determine mount point."));
 
     setMountPoint(QUrl::fromLocalFile(*mountPath));
+    if (!m_mountedAt.contains(*mountPath))
+        m_mountedAt.append(*mountPath);
     setUnlocked(true);
     forgetPassword();
     // A copy of our own, so that forgetting it can overwrite it.
@@ -114,10 +117,7 @@ void VaultManager::lock() {
                 throw VaultError::unmountFailed(forced.stderr);
         }
     }
-    setMountPoint({});
-    setUnlocked(false);
-    setItems({});
-    forgetPassword();
+    publishLockedState();
 }
 
 void VaultManager::publishLockedState() {
@@ -126,6 +126,8 @@ void VaultManager::publishLockedState() {
     setUnlocked(false);
     setItems({});
     forgetPassword();
+    platform::forgetTracesBelow(m_mountedAt);
+    m_mountedAt.clear();
 }
 
 std::optional<QStringList> VaultManager::attachedMountPoints() const {

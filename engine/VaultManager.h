@@ -137,6 +137,9 @@ private:
     QString m_supportDir;
     HDIUtilRunner m_hdiutilRunner;
     std::optional<QString> m_unlockedPassword;
+    // Every place the vault was mounted since it was last locked, for clearing the desktop's
+    // traces of its files (the mount point can change with a password change).
+    QStringList m_mountedAt;
     QPointer<QTimer> m_idleTimer;
     CommandRunner m_elevationRunner;
     std::shared_ptr<platform::FileLayer> m_files = std::make_shared<platform::FileLayer>();

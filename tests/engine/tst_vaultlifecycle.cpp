@@ -8,6 +8,9 @@
 
 #include <QCryptographicHash>
 #include <QDir>
+#include <QImage>
+#include <QScopeGuard>
+#include <QtEndian>
 #include <QDirIterator>
 #include <QFile>
 #include <QRandomGenerator>
@@ -68,6 +71,18 @@ platform::ProcessResult extractBackup(const QString& file, const QString& into,
     const std::string line = (password + "\n").toStdString();
     return platform::runProcess("/usr/bin/7z", {"x", file.toStdString()}, line,
                                 platform::OutputCapture::MemoryFiles, into.toStdString());
+}
+
+// A minimal PNG with one text chunk of the given type holding Thumb::URI, as thumbnailers
+// other than Qt write it. (Chunk checksums are not checked by what reads it here.)
+QByteArray pngWithText(const QByteArray& type, const QByteArray& value) {
+    const auto chunk = [](const QByteArray& kind, const QByteArray& data) {
+        QByteArray bytes(4, '\0');
+        qToBigEndian<quint32>(quint32(data.size()), bytes.data());
+        return bytes + kind + data + QByteArray(4, '\0');
+    };
+    return QByteArray("\x89PNG\r\n\x1a\n", 8) + chunk("IHDR", QByteArray(13, '\1')) +
+           chunk(type, QByteArray("Thumb::URI\0", 11) + value) + chunk("IEND", {});
 }
 
 // The gocryptfs daemons serving any vault below `folder`.
@@ -345,6 +360,55 @@ private slots:
                 QCOMPARE(testsupport::filesHolding(folder, password), QStringList());
         }
         vault->lock();
+    }
+
+    void lockingClearsTheDesktopsTracesOfTheVault() {
+        QTemporaryDir desktop;
+        qputenv("XDG_CACHE_HOME", QFile::encodeName(desktop.filePath("cache")));
+        qputenv("XDG_DATA_HOME", QFile::encodeName(desktop.filePath("data")));
+        const auto restore = qScopeGuard([] {
+            qunsetenv("XDG_CACHE_HOME");
+            qunsetenv("XDG_DATA_HOME");
+        });
+        auto vault = makeVault();
+        vault->createVault("pw");
+        vault->unlock("pw");
+        const QString inside = QUrl::fromLocalFile(mountPath(*vault) + "/Holiday photo.jpg").toString(QUrl::FullyEncoded);
+        const QString outside = QUrl::fromLocalFile(m_support->filePath("public.jpg")).toString(QUrl::FullyEncoded);
+
+        // Thumbnails as GNOME (short text chunks) and KDE (compressed ones) write them.
+        QDir().mkpath(desktop.filePath("cache/thumbnails/normal"));
+        QDir().mkpath(desktop.filePath("cache/thumbnails/fail/gnome-thumbnail-factory"));
+        const QStringList thumbnails{"cache/thumbnails/normal/in.png", "cache/thumbnails/fail/gnome-thumbnail-factory/in.png",
+                                     "cache/thumbnails/normal/out.png"};
+        for (const QString& name : thumbnails) {
+            QImage image(8, 8, QImage::Format_ARGB32);
+            image.fill(Qt::red);
+            image.setText("Thumb::URI", name.contains("/out") ? outside : inside);
+            QVERIFY(image.save(desktop.filePath(name), "png"));
+        }
+        QVERIFY(writeFile(desktop.filePath("cache/thumbnails/normal/plain.png"), pngWithText("tEXt", inside.toLatin1())));
+        QVERIFY(writeFile(desktop.filePath("cache/thumbnails/normal/intl.png"),
+                          pngWithText("iTXt", QByteArray(3, '\0') + QByteArray(1, '\0') + inside.toUtf8())));
+        QDir().mkpath(desktop.filePath("data/RecentDocuments"));
+        QVERIFY(writeFile(desktop.filePath("data/RecentDocuments/in.desktop"),
+                          "[Desktop Entry]\nType=Link\nURL[$e]=" + inside.toUtf8() + "\nURL=" + inside.toUtf8() + "\n"));
+        QVERIFY(writeFile(desktop.filePath("data/recently-used.xbel"),
+                          "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<xbel version=\"1.0\">"
+                          "<bookmark href=\"" + inside.toUtf8() + "\" added=\"2026-01-01T00:00:00Z\"><info/></bookmark>"
+                          "<bookmark href=\"" + outside.toUtf8() + "\" added=\"2026-01-01T00:00:00Z\"><info/></bookmark>"
+                          "</xbel>"));
+
+        vault->lock();
+
+        QVERIFY(!QFileInfo::exists(desktop.filePath(thumbnails[0])));
+        QVERIFY(!QFileInfo::exists(desktop.filePath(thumbnails[1])));
+        QVERIFY(QFileInfo::exists(desktop.filePath(thumbnails[2])));
+        QVERIFY(!QFileInfo::exists(desktop.filePath("cache/thumbnails/normal/plain.png")));
+        QVERIFY(!QFileInfo::exists(desktop.filePath("cache/thumbnails/normal/intl.png")));
+        QVERIFY(!QFileInfo::exists(desktop.filePath("data/RecentDocuments/in.desktop")));
+        const QByteArray recent = readFile(desktop.filePath("data/recently-used.xbel"));
+        QVERIFY2(!recent.contains("Holiday") && recent.contains("public.jpg"), recent.constData());
     }
 
     void idleVaultLocksByItself() {
