@@ -1,4 +1,5 @@
 import QtQuick
+import Morvanta
 import Morvanta.LockScreens
 
 // The window's content: welcome pages, setup, lock screen or the open vault, as the
@@ -63,7 +64,7 @@ Item {
     Component {
         id: unlocked
         UnlockedPlaceholder {
-            router: router
+            router: root.router
             mountPoint: root.vault.mountPoint
         }
     }

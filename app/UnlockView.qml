@@ -1,4 +1,5 @@
 import QtQuick
+import Morvanta
 import Morvanta.LockScreens
 
 // The lock screen the disguise calls for. A change of disguise swaps it at once and drops

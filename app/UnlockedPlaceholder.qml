@@ -1,6 +1,7 @@
 import QtQuick
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
+import Morvanta
 import Morvanta.LockScreens
 
 // Stands where the vault browser will be: says where the open vault is and locks it.

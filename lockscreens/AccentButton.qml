@@ -1,6 +1,7 @@
 import QtQuick
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
+import Morvanta.LockScreens
 
 // The screen's main action, filled with its accent. While `busy` a small progress indicator
 // stands in for the symbol.

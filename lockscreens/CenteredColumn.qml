@@ -1,6 +1,7 @@
 import QtQuick
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
+import Morvanta.LockScreens
 
 // A column centred in the screen that scrolls instead of clipping when the window is small.
 Flickable {

@@ -1,6 +1,7 @@
 import QtQuick
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
+import Morvanta.LockScreens
 
 // One selling point of the welcome pages: its symbol beside a title and a line of text.
 Rectangle {

@@ -1,6 +1,7 @@
 import QtQuick
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
+import Morvanta.LockScreens
 
 // A tinted box with a symbol, a bold line and a paragraph.
 Rectangle {

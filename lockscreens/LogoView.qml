@@ -1,4 +1,5 @@
 import QtQuick
+import Morvanta.LockScreens
 
 // The app icon at the size the caller gives, with a soft shadow below it.
 Item {

@@ -1,6 +1,7 @@
 import QtQuick
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
+import Morvanta.LockScreens
 
 // A harmless-looking arithmetic drill in the system's own colours. Its answer box is the
 // password entry; nothing on it ever speaks of a password.

@@ -1,4 +1,5 @@
 import QtQuick
+import Morvanta.LockScreens
 
 // One dot per page; the current one is drawn long and gold.
 Row {

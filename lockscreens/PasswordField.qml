@@ -1,4 +1,5 @@
 import QtQuick
+import Morvanta.LockScreens
 import QtQuick.Controls.Basic
 
 // A masked entry with a symbol in front, on the dark screens.

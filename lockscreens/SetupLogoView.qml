@@ -1,3 +1,4 @@
 import QtQuick
+import Morvanta.LockScreens
 
 LogoView {}

@@ -1,6 +1,7 @@
 import QtQuick
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
+import Morvanta.LockScreens
 
 // The password lock screen: branded, or with `stealth` a neutral sign-in that says nothing
 // of a vault.

@@ -1,6 +1,7 @@
 import QtQuick
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
+import Morvanta.LockScreens
 
 // A symbol and a short text in one colour: hints, notices, errors, grades.
 RowLayout {

@@ -1,6 +1,7 @@
 import QtQuick
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
+import Morvanta.LockScreens
 
 // Four segments filled up to the strength level, and the caption in the level's colour.
 RowLayout {

@@ -1,5 +1,6 @@
 pragma Singleton
 import QtQuick
+import Morvanta.LockScreens
 
 // The shared look of the lock and first-run screens: accents and the backgrounds, each
 // built once and shared by every screen that stands on it.

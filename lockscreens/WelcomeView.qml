@@ -1,6 +1,7 @@
 import QtQuick
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
+import Morvanta.LockScreens
 
 // The three introduction pages. The caller names the last button and decides what leaving
 // means; the view itself keeps nothing between showings.
