@@ -1,3 +1,4 @@
+#include "AppPalette.h"
 #include "engine/VaultManager.h"
 #include "platform/QuitSignals.h"
 #include "platform/Settings.h"
@@ -43,6 +44,7 @@ int main(int argc, char* argv[]) {
     QGuiApplication::setDesktopFileName(QStringLiteral("morvanta"));
     QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/qt/qml/Morvanta/LockScreens/morvanta.svg")));
     QGuiApplication::setQuitOnLastWindowClosed(true);
+    applyAppPalette();
 
     // Before the engine: a second engine would take the running one's mount for a stale one.
     platform::SingleInstance instance;

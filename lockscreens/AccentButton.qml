@@ -27,12 +27,11 @@ Button {
             anchors.centerIn: parent
             spacing: 8
 
-            BusyIndicator {
+            Spinner {
                 visible: control.busy
-                running: control.busy
-                Layout.preferredWidth: 18
-                Layout.preferredHeight: 18
-                palette.dark: control.ink
+                Layout.preferredWidth: 17
+                Layout.preferredHeight: 17
+                color: control.ink
             }
             SymbolIcon {
                 visible: !control.busy && control.symbol !== ""

@@ -75,15 +75,25 @@ Item {
                 border.color: answerField.activeFocus ? system.highlight : system.mid
             }
         }
-        StatusLine {
+        RowLayout {
+            id: messageLine
             objectName: "messageLine"
+            readonly property color tint: quiz.correct ? "#4cc47a" : "#f0605a"
             Layout.alignment: Qt.AlignHCenter
             visible: quiz.hasMessage
-            symbol: quiz.hasMessage ? quiz.messageSymbol : "checkmark.circle.fill"
-            text: quiz.messageText
-            color: quiz.correct ? "#2f9e5a" : "#d0463f"
-            font.pixelSize: 15
-            font.weight: Font.DemiBold
+            spacing: 8
+            SymbolIcon {
+                Layout.preferredWidth: 18
+                Layout.preferredHeight: 18
+                name: quiz.hasMessage ? quiz.messageSymbol : "checkmark.circle.fill"
+                color: messageLine.tint
+            }
+            Label {
+                text: quiz.messageText
+                color: messageLine.tint
+                font.pixelSize: 16
+                font.weight: Font.DemiBold
+            }
         }
         Button {
             id: submitButton
@@ -103,12 +113,11 @@ Item {
                     id: row
                     anchors.centerIn: parent
                     spacing: 8
-                    BusyIndicator {
+                    Spinner {
                         visible: quiz.busy
-                        running: quiz.busy
-                        Layout.preferredWidth: 16
-                        Layout.preferredHeight: 16
-                        palette.dark: system.highlightedText
+                        Layout.preferredWidth: 15
+                        Layout.preferredHeight: 15
+                        color: system.highlightedText
                     }
                     Label {
                         text: submitButton.text

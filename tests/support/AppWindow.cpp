@@ -1,5 +1,7 @@
 #include "AppWindow.h"
 
+#include "app/AppPalette.h"
+
 #include <QDir>
 #include <QMetaObject>
 #include <QSettings>
@@ -42,6 +44,7 @@ QString qmlTypeName(const QObject* object) {
 }
 
 AppWindow::AppWindow(HDIUtilRunner runner, const QString& disguiseMode) {
+    applyAppPalette();
     auto store = std::make_unique<QSettings>(m_settingsDir.filePath("Morvanta.conf"),
                                              QSettings::IniFormat);
     store->setValue("disguiseMode", disguiseMode);
