@@ -61,7 +61,8 @@ void RootRouter::update() {
         return;
     // The image may be made or removed behind our back; the watch is renewed each time.
     watchSupportFolder();
-    const Screen screen = screenFor(m_vault->vaultExists(), m_vault->isUnlocked(), m_hasSeenWelcome);
+    const Screen screen =
+        screenFor(m_vault->vaultExists(), m_vault->isUnlocked(), m_hasSeenWelcome);
     if (screen == m_screen)
         return;
     m_screen = screen;

@@ -42,7 +42,8 @@ int main(int argc, char* argv[]) {
     QGuiApplication::setOrganizationName(QStringLiteral("Morvanta"));
     QGuiApplication::setApplicationName(QStringLiteral("Morvanta"));
     QGuiApplication::setDesktopFileName(QStringLiteral("morvanta"));
-    QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/qt/qml/Morvanta/LockScreens/morvanta.svg")));
+    QGuiApplication::setWindowIcon(
+        QIcon(QStringLiteral(":/qt/qml/Morvanta/LockScreens/morvanta.svg")));
     QGuiApplication::setQuitOnLastWindowClosed(true);
     applyAppPalette();
 

@@ -28,7 +28,9 @@ DisguiseMode disguiseModeOrNone(const QString& raw) {
     return disguiseModeFromRaw(raw).value_or(DisguiseMode::none);
 }
 
-bool isDisguised(const QString& raw) { return disguiseModeOrNone(raw) != DisguiseMode::none; }
+bool isDisguised(const QString& raw) {
+    return disguiseModeOrNone(raw) != DisguiseMode::none;
+}
 
 QString windowTitle(const QString& raw) {
     switch (disguiseModeOrNone(raw)) {

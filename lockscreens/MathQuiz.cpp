@@ -33,7 +33,9 @@ void MathQuiz::setBusy(bool busy) {
     emit busyChanged();
 }
 
-QList<MathQuiz::Op> MathQuiz::allOps() { return {Op::add, Op::sub, Op::mul}; }
+QList<MathQuiz::Op> MathQuiz::allOps() {
+    return {Op::add, Op::sub, Op::mul};
+}
 
 QString MathQuiz::symbol(Op op) {
     switch (op) {

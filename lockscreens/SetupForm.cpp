@@ -89,7 +89,9 @@ bool SetupForm::canSubmit() const {
     return m_password == m_confirm;
 }
 
-int SetupForm::characterCount(const QString& text) { return int(characterLeads(text).size()); }
+int SetupForm::characterCount(const QString& text) {
+    return int(characterLeads(text).size());
+}
 
 int SetupForm::passwordScore(const QString& password) {
     if (password.isEmpty())
@@ -102,7 +104,9 @@ int SetupForm::passwordScore(const QString& password) {
         score += 20;
     if (leads.size() >= 16)
         score += 15;
-    auto any = [&leads](auto test) { return std::any_of(leads.begin(), leads.end(), test); };
+    auto any = [&leads](auto test) {
+        return std::any_of(leads.begin(), leads.end(), test);
+    };
     if (any([](char32_t c) { return QChar::isLower(c); }))
         score += 10;
     if (any([](char32_t c) { return QChar::isUpper(c); }))
@@ -114,7 +118,9 @@ int SetupForm::passwordScore(const QString& password) {
     return score;
 }
 
-int SetupForm::strengthLevel(int score) { return int(std::lround(score / 25.0)); }
+int SetupForm::strengthLevel(int score) {
+    return int(std::lround(score / 25.0));
+}
 
 QColor SetupForm::levelColor(int level, const QColor& accent) {
     switch (level) {
@@ -150,9 +156,13 @@ QColor SetupForm::captionColor() const {
     return levelColor(m_password.isEmpty() ? 0 : level(), accent());
 }
 
-bool SetupForm::disguised() const { return isDisguised(m_disguiseRaw); }
+bool SetupForm::disguised() const {
+    return isDisguised(m_disguiseRaw);
+}
 
-QColor SetupForm::accent() const { return disguised() ? kDisguisedAccent : kGold; }
+QColor SetupForm::accent() const {
+    return disguised() ? kDisguisedAccent : kGold;
+}
 
 QString SetupForm::title() const {
     return disguised() ? QStringLiteral("Create account") : QStringLiteral("Create Vault");

@@ -91,9 +91,13 @@ void SymbolIcon::setShadowRadius(int radius) {
     update();
 }
 
-QString SymbolIcon::resourceFor(const QString& name) { return symbolTable().value(name); }
+QString SymbolIcon::resourceFor(const QString& name) {
+    return symbolTable().value(name);
+}
 
-QStringList SymbolIcon::knownNames() { return symbolTable().keys(); }
+QStringList SymbolIcon::knownNames() {
+    return symbolTable().keys();
+}
 
 QImage SymbolIcon::render(const QString& name, const QColor& color, QSize size) {
     QFile file(resourceFor(name));
@@ -114,16 +118,15 @@ QImage SymbolIcon::render(const QString& name, const QColor& color, QSize size) 
 
 void SymbolIcon::paint(QPainter* painter) {
     const qreal dpr = window() ? window()->effectiveDevicePixelRatio() : 1.0;
-    const QRectF frame = boundingRect().adjusted(m_shadowRadius, m_shadowRadius, -m_shadowRadius,
-                                                 -m_shadowRadius);
+    const QRectF frame =
+        boundingRect().adjusted(m_shadowRadius, m_shadowRadius, -m_shadowRadius, -m_shadowRadius);
     const QSize pixels = (frame.size() * dpr).toSize();
     const QImage symbol = render(m_name, m_color, pixels);
     if (symbol.isNull())
         return;
     if (m_shadowRadius > 0) {
         const int margin = int(m_shadowRadius * dpr);
-        QImage shadow(pixels + QSize(2 * margin, 2 * margin),
-                      QImage::Format_ARGB32_Premultiplied);
+        QImage shadow(pixels + QSize(2 * margin, 2 * margin), QImage::Format_ARGB32_Premultiplied);
         shadow.fill(Qt::transparent);
         {
             QPainter p(&shadow);

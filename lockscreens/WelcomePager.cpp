@@ -59,8 +59,8 @@ QVariantList WelcomePager::featureCards() {
     const QString nativeText = QStringLiteral("Built with SwiftUI. Fast, lightweight, no bloat.");
     const QString keyText = QStringLiteral("Only you hold the key. Nothing leaves your Mac.");
 #else
-    const QString security = QStringLiteral(
-        "AES-256 encryption powered by gocryptfs, a proven open-source encryptor.");
+    const QString security =
+        QStringLiteral("AES-256 encryption powered by gocryptfs, a proven open-source encryptor.");
     const QString invisible = QStringLiteral("Locked files \u2014 and even apps \u2014 vanish "
                                              "from your file manager, search, and terminal.");
     const QString nativeTitle = QStringLiteral("Native Linux");
@@ -82,7 +82,8 @@ QString WelcomePager::backupText() {
 #ifdef Q_OS_MACOS
     const QString where = QStringLiteral("It opens in Finder with your master password");
 #else
-    const QString where = QStringLiteral("It opens in any archive manager with your master password");
+    const QString where =
+        QStringLiteral("It opens in any archive manager with your master password");
 #endif
     return QStringLiteral("Gear menu \u2192 Back Up Vault saves one encrypted file you can store "
                           "anywhere. ") +

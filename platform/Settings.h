@@ -13,8 +13,8 @@ namespace platform {
 // Tests hand in a QSettings of their own instead of the user's.
 class Settings : public QObject {
     Q_OBJECT
-    Q_PROPERTY(QString disguiseMode READ disguiseMode WRITE setDisguiseMode NOTIFY
-                   disguiseModeChanged)
+    Q_PROPERTY(
+        QString disguiseMode READ disguiseMode WRITE setDisguiseMode NOTIFY disguiseModeChanged)
 
 public:
     // Without a store, the user's own settings of this application are used.

@@ -25,9 +25,8 @@ QString runtimeFolder() {
 
 SingleInstance::SingleInstance(const QString& name, QObject* parent)
     : QObject(parent),
-      m_socketPath(QDir(runtimeFolder()).filePath(QStringLiteral("%1-%2.instance")
-                                                      .arg(name)
-                                                      .arg(::getuid()))) {
+      m_socketPath(QDir(runtimeFolder())
+                       .filePath(QStringLiteral("%1-%2.instance").arg(name).arg(::getuid()))) {
     // Two launches at the same moment must not both find no one and both start.
     QLockFile lock(m_socketPath + QStringLiteral(".lock"));
     lock.lock();

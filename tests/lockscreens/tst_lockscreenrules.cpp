@@ -160,8 +160,7 @@ private slots:
     // Every symbol name used in the screens' QML must have an icon that draws something.
     void everySymbolTheScreensNameIsDrawn() {
         QSet<QString> named;
-        const QRegularExpression symbolName(
-            R"re((?:symbol|name|icon):\s*"([A-Za-z.]+)")re");
+        const QRegularExpression symbolName(R"re((?:symbol|name|icon):\s*"([A-Za-z.]+)")re");
         for (QDirIterator it(":/qt/qml/Morvanta", {"*.qml"}, QDir::Files,
                              QDirIterator::Subdirectories);
              it.hasNext();) {

@@ -12,7 +12,9 @@ Q_DECLARE_METATYPE(std::optional<qint64>)
 
 namespace {
 
-HDIUtilResult wrongPassword() { return {1, {}, "morvanta-hdiutil: attach failed - Password incorrect."}; }
+HDIUtilResult wrongPassword() {
+    return {1, {}, "morvanta-hdiutil: attach failed - Password incorrect."};
+}
 
 } // namespace
 

@@ -45,8 +45,8 @@ QString qmlTypeName(const QObject* object) {
 
 AppWindow::AppWindow(HDIUtilRunner runner, const QString& disguiseMode) {
     applyAppPalette();
-    auto store = std::make_unique<QSettings>(m_settingsDir.filePath("Morvanta.conf"),
-                                             QSettings::IniFormat);
+    auto store =
+        std::make_unique<QSettings>(m_settingsDir.filePath("Morvanta.conf"), QSettings::IniFormat);
     store->setValue("disguiseMode", disguiseMode);
     m_settings = std::make_unique<platform::Settings>(std::move(store));
     m_vault = std::make_unique<VaultManager>(m_support.path(), std::move(runner));

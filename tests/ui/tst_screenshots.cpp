@@ -19,7 +19,9 @@ namespace {
 
 const QString kMount = QStringLiteral("/run/user/1000/morvanta/MorvantaVault");
 
-HDIUtilResult failure(const QString& message) { return {1, {}, message}; }
+HDIUtilResult failure(const QString& message) {
+    return {1, {}, message};
+}
 
 HDIUtilResult attached() {
     return {0,
@@ -30,7 +32,9 @@ HDIUtilResult attached() {
 }
 
 // Waits out the page and colour animations so the picture shows the settled screen.
-void settle() { QTest::qWait(350); }
+void settle() {
+    QTest::qWait(350);
+}
 
 } // namespace
 
@@ -72,11 +76,8 @@ private slots:
         QVERIFY(app.screenshot("setup-" + disguise + "-empty"));
 
         const QList<std::pair<QString, QString>> levels = {
-            {"0", "abc"},
-            {"1", "abcdefgh"},
-            {"2", "Abcdefg1"},
-            {"3", "Abcdefg1!"},
-            {"4", "Abcdefgh1!Abcdefgh"},
+            {"0", "abc"},       {"1", "abcdefgh"},           {"2", "Abcdefg1"},
+            {"3", "Abcdefg1!"}, {"4", "Abcdefgh1!Abcdefgh"},
         };
         for (const auto& [level, password] : levels) {
             app.item("passwordField")->setProperty("text", password);
@@ -104,8 +105,10 @@ private slots:
         RecordingRunner tool;
         AppWindow app(tool.runner(), disguise);
         QVERIFY(QDir().mkpath(app.vault().bundlePath()));
-        app.item("rootView")->property("router").value<QObject*>()->setProperty("hasSeenWelcome",
-                                                                               true);
+        app.item("rootView")
+            ->property("router")
+            .value<QObject*>()
+            ->setProperty("hasSeenWelcome", true);
         QTRY_COMPARE(app.screenName(), "StandardUnlockView");
         settle();
         QVERIFY(app.screenshot("unlock-" + disguise + "-idle"));
@@ -122,8 +125,10 @@ private slots:
         RecordingRunner tool;
         AppWindow app(tool.runner(), "math");
         QVERIFY(QDir().mkpath(app.vault().bundlePath()));
-        app.item("rootView")->property("router").value<QObject*>()->setProperty("hasSeenWelcome",
-                                                                               true);
+        app.item("rootView")
+            ->property("router")
+            .value<QObject*>()
+            ->setProperty("hasSeenWelcome", true);
         QTRY_COMPARE(app.screenName(), "MathQuizUnlockView");
         settle();
         QVERIFY(app.screenshot("quiz-idle"));
@@ -137,8 +142,7 @@ private slots:
         QTRY_VERIFY(app.find("messageLine")->isVisible());
         QVERIFY(app.screenshot("quiz-graded-wrong"));
 
-        const qint64 answer = quiz->property("a").toLongLong() +
-                              quiz->property("b").toLongLong();
+        const qint64 answer = quiz->property("a").toLongLong() + quiz->property("b").toLongLong();
         Q_UNUSED(answer);
         app.item("answerField")->setProperty("text", "zzz");
         tool.replies = {failure("morvanta-hdiutil: attach failed - Password incorrect.")};
