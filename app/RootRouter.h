@@ -1,5 +1,7 @@
 #pragma once
 
+#include "engine/VaultManager.h"
+
 #include <QFileSystemWatcher>
 #include <QObject>
 #include <QPointer>
@@ -7,9 +9,6 @@
 #include <QSize>
 #include <QString>
 #include <QtQml/qqmlregistration.h>
-
-// Complete here: the type of a QML property must be.
-#include "engine/VaultManager.h"
 
 // Decides what the window shows from the engine's state and the disguise, and keeps the
 // window's size and title in step. Screens never navigate: they call the engine, and this

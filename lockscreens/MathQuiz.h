@@ -1,5 +1,7 @@
 #pragma once
 
+#include "engine/VaultManager.h"
+
 #include <QObject>
 #include <QPointer>
 #include <QRandomGenerator>
@@ -7,9 +9,6 @@
 #include <QtQml/qqmlregistration.h>
 
 #include <optional>
-
-// Complete here: the type of a QML property must be.
-#include "engine/VaultManager.h"
 
 // The arithmetic drill that is really a lock screen: whatever is submitted is first tried
 // as the password, exactly as typed, and only when that fails graded as an answer. It never

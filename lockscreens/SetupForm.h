@@ -1,13 +1,12 @@
 #pragma once
 
+#include "engine/VaultManager.h"
+
 #include <QColor>
 #include <QObject>
 #include <QPointer>
 #include <QString>
 #include <QtQml/qqmlregistration.h>
-
-// Complete here: the type of a QML property must be.
-#include "engine/VaultManager.h"
 
 // The first-run screen's state and rules: the two password entries, the strength meter,
 // the wording (vault or, when disguised, account) and creating the vault.

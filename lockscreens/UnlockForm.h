@@ -1,12 +1,11 @@
 #pragma once
 
+#include "engine/VaultManager.h"
+
 #include <QObject>
 #include <QPointer>
 #include <QString>
 #include <QtQml/qqmlregistration.h>
-
-// Complete here: the type of a QML property must be.
-#include "engine/VaultManager.h"
 
 // The password lock screen's state and rules, in its branded face or, with `stealth`, as a
 // neutral sign-in that never mentions a vault.

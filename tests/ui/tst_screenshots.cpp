@@ -142,12 +142,34 @@ private slots:
         QTRY_VERIFY(app.find("messageLine")->isVisible());
         QVERIFY(app.screenshot("quiz-graded-wrong"));
 
-        const qint64 answer = quiz->property("a").toLongLong() + quiz->property("b").toLongLong();
-        Q_UNUSED(answer);
-        app.item("answerField")->setProperty("text", "zzz");
+        QMetaObject::invokeMethod(quiz, "regenerate");
+        const QString question = app.item("question")->property("text").toString();
+        const qint64 a = quiz->property("a").toLongLong();
+        const qint64 b = quiz->property("b").toLongLong();
+        const QString op = question.section(' ', 1, 1);
+        const qint64 answer = op == "+" ? a + b : op == "\u2212" ? a - b : a * b;
+        app.item("answerField")->setProperty("text", QString::number(answer));
         tool.replies = {failure("morvanta-hdiutil: attach failed - Password incorrect.")};
-        QMetaObject::invokeMethod(quiz, "submit");
-        QTRY_VERIFY(!quiz->property("busy").toBool());
+        app.click("submitButton");
+        QTRY_VERIFY(quiz->property("correct").toBool());
+        QVERIFY(app.screenshot("quiz-graded-correct"));
+    }
+
+    // The smallest window the screens must fit: they scroll rather than clip.
+    void smallestWindow() {
+        RecordingRunner tool;
+        AppWindow app(tool.runner());
+        app.window()->resize(520, 420);
+        QTRY_COMPARE(app.item("rootView")->height(), 420.0);
+        app.click("forwardButton");
+        settle();
+        QVERIFY(app.screenshot("small-welcome-page2"));
+        app.click("forwardButton");
+        app.click("forwardButton");
+        QTRY_COMPARE(app.screenName(), "SetupView");
+        app.item("passwordField")->setProperty("text", "Abcdefg1");
+        app.item("confirmField")->setProperty("text", "Abcdefg");
+        QVERIFY(app.screenshot("small-setup"));
     }
 
     void unlockedStandIn() {
