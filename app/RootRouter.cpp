@@ -9,7 +9,8 @@
 #include <QTimer>
 
 RootRouter::RootRouter(QObject* parent) : QObject(parent) {
-    connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, &RootRouter::update);
+    connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this,
+            &RootRouter::supportFolderChanged);
 }
 
 void RootRouter::setVault(VaultManager* vault) {
@@ -67,6 +68,15 @@ void RootRouter::update() {
         return;
     m_screen = screen;
     emit screenChanged();
+}
+
+void RootRouter::supportFolderChanged() {
+    // Only an image that went away is followed from here. One that appears comes from the
+    // setup screen, which stays to show why opening the new vault failed, if it did.
+    if (m_vault && m_screen == Screen::Unlock && !m_vault->vaultExists())
+        update();
+    else
+        watchSupportFolder();
 }
 
 void RootRouter::watchSupportFolder() {
