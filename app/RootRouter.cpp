@@ -71,12 +71,12 @@ void RootRouter::update() {
 }
 
 void RootRouter::supportFolderChanged() {
-    // Only an image that went away is followed from here. One that appears comes from the
-    // setup screen, which stays to show why opening the new vault failed, if it did.
-    if (m_vault && m_screen == Screen::Unlock && !m_vault->vaultExists())
-        update();
-    else
+    // The setup screen made the image itself and stays, to show why the new vault would not
+    // open if it did not; it leaves through the vault's unlocked state.
+    if (m_screen == Screen::Setup)
         watchSupportFolder();
+    else
+        update();
 }
 
 void RootRouter::watchSupportFolder() {

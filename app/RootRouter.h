@@ -71,6 +71,6 @@ private:
     bool m_hasSeenWelcome = false;
     Screen m_screen = Screen::Welcome;
     bool m_complete = false;
-    // The vault's existence is asked of the disk; this notices it go.
+    // The vault's existence is asked of the disk; this notices it appear or go.
     QFileSystemWatcher m_watcher;
 };
