@@ -191,6 +191,29 @@ private slots:
         QCOMPARE(form.error(), QString());
     }
 
+    void aVaultThatWillNotOpenAfterCreationIsReported() {
+        QTemporaryDir support;
+        RecordingRunner tool;
+        VaultManager vault(support.path(),
+                           [recording = tool.runner()](const QStringList& args,
+                                                       const std::optional<QString>& input) {
+                               if (args.first() == "create")
+                                   QDir().mkpath(args.last());
+                               return recording(args, input);
+                           });
+        tool.replies = {{0, {}, {}}, {1, {}, "morvanta-hdiutil: attach failed - no FUSE."}};
+        SetupForm form;
+        form.setVault(&vault);
+        form.setPassword("abcdefgh");
+        form.setConfirm("abcdefgh");
+        form.create();
+        QTRY_VERIFY(!form.busy());
+        QCOMPARE(form.error(), "Authentication failed.");
+        QVERIFY(vault.vaultExists());
+        QVERIFY(!vault.isUnlocked());
+        QCOMPARE(form.password(), "abcdefgh");
+    }
+
     void anEngineFailureIsShownAndThePasswordsKept() {
         QTemporaryDir support;
         RecordingRunner tool;
