@@ -1,11 +1,13 @@
 import QtQuick
-import QtQuick.Controls
-import QtQuick.Layouts
-import Morvanta
+import QtQuick.Controls.Basic
+import Morvanta.LockScreens
 
+// The application's one window.
 ApplicationWindow {
     id: window
-    required property VaultStatus status
+
+    required property VaultManager vault
+    required property Settings settings
 
     width: 600
     height: 600
@@ -13,53 +15,15 @@ ApplicationWindow {
     minimumHeight: 420
     visible: true
     title: "Morvanta"
+    color: "#07061a"
 
-    ColumnLayout {
-        anchors.centerIn: parent
-        width: Math.min(parent.width - 80, 360)
-        spacing: 14
-
-        Label {
-            Layout.fillWidth: true
-            horizontalAlignment: Text.AlignHCenter
-            font.pixelSize: 26
-            font.bold: true
-            text: "Morvanta"
-        }
-        Label {
-            objectName: "stateLabel"
-            Layout.fillWidth: true
-            horizontalAlignment: Text.AlignHCenter
-            wrapMode: Text.Wrap
-            text: window.status.stateText
-        }
-        TextField {
-            id: password
-            objectName: "passwordField"
-            Layout.fillWidth: true
-            visible: window.status.needsPassword
-            echoMode: TextInput.Password
-            placeholderText: "Master password"
-            onAccepted: actionButton.clicked()
-        }
-        Button {
-            id: actionButton
-            objectName: "actionButton"
-            Layout.fillWidth: true
-            text: window.status.actionText
-            enabled: !window.status.needsPassword || password.text.length > 0
-            onClicked: {
-                if (window.status.act(password.text))
-                    password.clear()
-            }
-        }
-        Label {
-            Layout.fillWidth: true
-            horizontalAlignment: Text.AlignHCenter
-            wrapMode: Text.Wrap
-            color: "#e5484d"
-            visible: text.length > 0
-            text: window.status.errorText
-        }
+    RootView {
+        id: rootView
+        objectName: "rootView"
+        anchors.fill: parent
+        vault: window.vault
+        settings: window.settings
     }
+
+    onClosing: rootView.contentDisappearing()
 }

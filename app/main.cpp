@@ -1,45 +1,71 @@
-#include "VaultStatus.h"
+#include "AppPalette.h"
 #include "engine/VaultManager.h"
+#include "platform/Hardening.h"
+#include "platform/QuitSignals.h"
+#include "platform/Settings.h"
+#include "platform/SingleInstance.h"
 
 #include <QGuiApplication>
+#include <QIcon>
 #include <QQmlApplicationEngine>
+#include <QQuickWindow>
 #include <QUrl>
 #include <QtQml/QQmlExtensionPlugin>
 
-#include <sys/prctl.h>
-#include <sys/resource.h>
-
 Q_IMPORT_QML_PLUGIN(MorvantaPlugin)
+Q_IMPORT_QML_PLUGIN(Morvanta_LockScreensPlugin)
+
+namespace {
+
+void lockIfOpen(VaultManager& vault) {
+    if (!vault.isUnlocked())
+        return;
+    try {
+        vault.lock();
+    } catch (const VaultError&) {
+        // Nothing can show the failure any more; the vault may stay attached.
+    }
+}
+
+} // namespace
 
 int main(int argc, char* argv[]) {
-    // The master password lives in this process while the vault is open: never in a core
-    // file, and no other process of the user may read this one's memory.
-    const rlimit noCore{0, 0};
-    setrlimit(RLIMIT_CORE, &noCore);
-    prctl(PR_SET_DUMPABLE, 0);
+    // The master password lives in this process while the vault is open.
+    platform::hardenProcess();
 
     QGuiApplication app(argc, argv);
+    QGuiApplication::setOrganizationName(QStringLiteral("Morvanta"));
     QGuiApplication::setApplicationName(QStringLiteral("Morvanta"));
     QGuiApplication::setDesktopFileName(QStringLiteral("morvanta"));
+    QGuiApplication::setWindowIcon(
+        QIcon(QStringLiteral(":/qt/qml/Morvanta/LockScreens/morvanta.svg")));
+    QGuiApplication::setQuitOnLastWindowClosed(true);
+    applyAppPalette();
 
+    // Before the engine: a second engine would take the running one's mount for a stale one.
+    platform::SingleInstance instance;
+    if (!instance.isPrimary())
+        return 0;
+
+    platform::Settings settings;
     VaultManager vault;
-    VaultStatus status(vault);
 
-    // Quitting locks an open vault; a failure cannot be shown any more and is dropped.
-    QObject::connect(&app, &QGuiApplication::aboutToQuit, [&vault] {
-        if (vault.isUnlocked()) {
-            try {
-                vault.lock();
-            } catch (const VaultError&) {
-            }
-        }
-    });
+    platform::quitApplicationOnTerminationSignals();
+    QObject::connect(&app, &QGuiApplication::aboutToQuit, [&vault] { lockIfOpen(vault); });
 
     QQmlApplicationEngine engine;
     engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
-    engine.setInitialProperties({{QStringLiteral("status"), QVariant::fromValue(&status)}});
+    engine.setInitialProperties({{QStringLiteral("vault"), QVariant::fromValue(&vault)},
+                                 {QStringLiteral("settings"), QVariant::fromValue(&settings)}});
     engine.load(QUrl(QStringLiteral("qrc:/qt/qml/Morvanta/Main.qml")));
     if (engine.rootObjects().isEmpty())
         return 1;
+    auto* window = qobject_cast<QQuickWindow*>(engine.rootObjects().first());
+
+    QObject::connect(&instance, &platform::SingleInstance::activationRequested, window, [window] {
+        window->show();
+        window->raise();
+        window->requestActivate();
+    });
     return app.exec();
 }

@@ -1,0 +1,4 @@
+import QtQuick
+import Morvanta.LockScreens
+
+LogoView {}

@@ -1,0 +1,81 @@
+#include "UnlockForm.h"
+
+#include "MainLoop.h"
+#include "engine/VaultManager.h"
+
+UnlockForm::UnlockForm(QObject* parent) : QObject(parent) {
+    connect(this, &UnlockForm::stealthChanged, this, &UnlockForm::buttonLabelChanged);
+    connect(this, &UnlockForm::busyChanged, this, &UnlockForm::buttonLabelChanged);
+}
+
+void UnlockForm::setVault(VaultManager* vault) {
+    if (vault == m_vault)
+        return;
+    m_vault = vault;
+    emit vaultChanged();
+}
+
+void UnlockForm::setStealth(bool stealth) {
+    if (stealth == m_stealth)
+        return;
+    m_stealth = stealth;
+    emit stealthChanged();
+}
+
+void UnlockForm::setPassword(const QString& password) {
+    if (password == m_password)
+        return;
+    m_password = password;
+    emit passwordChanged();
+}
+
+void UnlockForm::setError(const QString& error) {
+    if (error == m_error)
+        return;
+    m_error = error;
+    emit errorChanged();
+}
+
+void UnlockForm::setBusy(bool busy) {
+    if (busy == m_busy)
+        return;
+    m_busy = busy;
+    emit busyChanged();
+}
+
+QString UnlockForm::title() const {
+    return m_stealth ? QStringLiteral("Sign in") : QStringLiteral("Unlock Vault");
+}
+
+QString UnlockForm::subtitle() const {
+    return m_stealth ? QStringLiteral("Enter password to continue.")
+                     : QStringLiteral("Enter your master password to access vault.");
+}
+
+QString UnlockForm::placeholder() const {
+    return m_stealth ? QStringLiteral("Password") : QStringLiteral("Master password");
+}
+
+QString UnlockForm::buttonLabel() const {
+    if (m_stealth)
+        return m_busy ? QStringLiteral("Signing in...") : QStringLiteral("Sign in");
+    return m_busy ? QStringLiteral("Unlocking...") : QStringLiteral("Unlock");
+}
+
+void UnlockForm::unlock() {
+    if (m_busy)
+        return;
+    setError({});
+    setBusy(true);
+    runAfterNextFrame(this, [this, password = m_password] {
+        try {
+            if (!m_vault)
+                throw VaultError::notInitialized();
+            m_vault->unlock(password);
+        } catch (const VaultError& error) {
+            setError(error.errorDescription());
+            setBusy(false);
+            setPassword({});
+        }
+    });
+}

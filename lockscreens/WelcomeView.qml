@@ -1,0 +1,256 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+import Morvanta.LockScreens
+
+// The three introduction pages. The caller names the last button and decides what leaving
+// means; the view itself keeps nothing between showings.
+Item {
+    id: root
+
+    property string ctaLabel: "Get Started"
+    signal continued
+
+    readonly property WelcomePager pager: pager
+
+    implicitWidth: 600
+    implicitHeight: 600
+
+    WelcomePager {
+        id: pager
+        ctaLabel: root.ctaLabel
+        onContinued: root.continued()
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        gradient: Theme.backgroundGradient
+    }
+
+    Item {
+        id: pages
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.top: parent.top
+        anchors.bottom: navBar.top
+
+        component Page: CenteredColumn {
+            required property int index
+            anchors.fill: parent
+            maxContentWidth: 470
+            opacity: pager.page === index ? 1 : 0
+            visible: opacity > 0
+            Behavior on opacity { NumberAnimation { duration: 220 } }
+        }
+
+        Page {
+            objectName: "introPage"
+            index: 0
+            spacing: 12
+
+            LogoView {
+                Layout.alignment: Qt.AlignHCenter
+                Layout.preferredWidth: 96
+                Layout.preferredHeight: 96
+                Layout.bottomMargin: 8
+            }
+            Label {
+                Layout.fillWidth: true
+                horizontalAlignment: Text.AlignHCenter
+                wrapMode: Text.Wrap
+                text: "Welcome to Morvanta"
+                color: Theme.text
+                font.family: "serif"
+                font.pixelSize: 30
+                font.bold: true
+            }
+            Label {
+                Layout.fillWidth: true
+                horizontalAlignment: Text.AlignHCenter
+                text: pager.introSubtitle
+                color: Theme.gold
+                font.pixelSize: 15
+                font.weight: Font.DemiBold
+            }
+            Label {
+                Layout.fillWidth: true
+                Layout.topMargin: 8
+                horizontalAlignment: Text.AlignHCenter
+                wrapMode: Text.Wrap
+                text: "Keep sensitive files safe behind one master password. Morvanta turns any file, folder, or app into an encrypted, invisible vault \u2014 protected by AES-256 encryption used by banks and governments."
+                color: Theme.secondaryText
+                font.pixelSize: 14
+                lineHeight: 1.2
+            }
+        }
+
+        Page {
+            objectName: "featuresPage"
+            index: 1
+            maxContentWidth: 540
+            spacing: 16
+
+            Label {
+                Layout.fillWidth: true
+                horizontalAlignment: Text.AlignHCenter
+                text: "Why Morvanta?"
+                color: Theme.text
+                font.family: "serif"
+                font.pixelSize: 26
+                font.bold: true
+            }
+            GridLayout {
+                Layout.fillWidth: true
+                columns: 2
+                columnSpacing: 10
+                rowSpacing: 10
+
+                Repeater {
+                    model: pager.featureCards
+                    FeatureCard {
+                        required property var modelData
+                        // Equal preferred widths share the row evenly.
+                        Layout.preferredWidth: 100
+                        Layout.fillWidth: true
+                        Layout.fillHeight: true
+                        icon: modelData.icon
+                        title: modelData.title
+                        text: modelData.text
+                    }
+                }
+            }
+        }
+
+        Page {
+            objectName: "closingPage"
+            index: 2
+            maxContentWidth: 500
+            spacing: 14
+
+            Label {
+                Layout.fillWidth: true
+                horizontalAlignment: Text.AlignHCenter
+                text: "Before you begin"
+                color: Theme.text
+                font.family: "serif"
+                font.pixelSize: 26
+                font.bold: true
+            }
+            ColumnLayout {
+                Layout.fillWidth: true
+                spacing: 4
+                Label {
+                    text: "Perfect for"
+                    color: Theme.gold
+                    font.pixelSize: 13
+                    font.weight: Font.DemiBold
+                }
+                Label {
+                    Layout.fillWidth: true
+                    wrapMode: Text.Wrap
+                    text: "Tax documents \u00B7 Passwords \u00B7 Personal photos \u00B7 Client files \u00B7 Legal records \u00B7 Apps \u00B7 Anything you'd hate to lose or expose."
+                    color: Theme.secondaryText
+                    font.pixelSize: 13
+                    lineHeight: 1.15
+                }
+            }
+            InfoBox {
+                Layout.fillWidth: true
+                symbol: "exclamationmark.triangle.fill"
+                tint: Theme.warning
+                heading: "Forget your password, forget your files."
+                text: "There's no \"forgot password\" link. No recovery email. No backdoor. That's not a bug \u2014 it's the whole point. Choose a password you'll remember."
+            }
+            InfoBox {
+                Layout.fillWidth: true
+                symbol: "externaldrive.fill.badge.checkmark"
+                tint: Theme.gold
+                heading: "Keep a backup."
+                text: pager.backupText
+            }
+        }
+    }
+
+    RowLayout {
+        id: navBar
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.bottom: parent.bottom
+        anchors.leftMargin: 24
+        anchors.rightMargin: 24
+        anchors.bottomMargin: 20
+        height: 44
+
+        Button {
+            id: backButton
+            objectName: "backButton"
+            text: "Back"
+            enabled: pager.canGoBack
+            opacity: enabled ? 1 : 0
+            flat: true
+            font.pixelSize: 14
+            onClicked: pager.back()
+            contentItem: RowLayout {
+                spacing: 6
+                SymbolIcon {
+                    Layout.preferredWidth: 14
+                    Layout.preferredHeight: 14
+                    name: "arrow.left"
+                    color: Theme.secondaryText
+                }
+                Label {
+                    text: backButton.text
+                    font: backButton.font
+                    color: Theme.secondaryText
+                }
+            }
+            background: Rectangle {
+                radius: 10
+                color: backButton.down ? Qt.rgba(1, 1, 1, 0.1)
+                                       : backButton.hovered ? Qt.rgba(1, 1, 1, 0.05) : "transparent"
+            }
+            Behavior on opacity { NumberAnimation { duration: 180 } }
+        }
+        Item { Layout.fillWidth: true }
+        PageDots {
+            objectName: "pageDots"
+            count: pager.totalPages
+            current: pager.page
+        }
+        Item { Layout.fillWidth: true }
+        Button {
+            id: forwardButton
+            objectName: "forwardButton"
+            text: pager.forwardLabel
+            font.pixelSize: 14
+            font.weight: Font.DemiBold
+            onClicked: pager.advance()
+            implicitHeight: 40
+            leftPadding: 18
+            rightPadding: 16
+            contentItem: RowLayout {
+                spacing: 7
+                Label {
+                    text: forwardButton.text
+                    font: forwardButton.font
+                    color: Theme.inkOnGold
+                }
+                SymbolIcon {
+                    Layout.preferredWidth: 14
+                    Layout.preferredHeight: 14
+                    name: "arrow.right"
+                    color: Theme.inkOnGold
+                }
+            }
+            background: Rectangle {
+                radius: 10
+                opacity: forwardButton.down ? 0.85 : 1
+                gradient: Gradient {
+                    orientation: Gradient.Horizontal
+                    GradientStop { position: 0; color: Qt.rgba(1.0, 0.9, 0.6, 1) }
+                    GradientStop { position: 1; color: Qt.rgba(0.95, 0.78, 0.42, 1) }
+                }
+            }
+        }
+    }
+}

@@ -1,0 +1,144 @@
+// The router without the screens: which screen each state gives, the lock screen each
+// disguise gives, and the window's size and title, which follow the state and the disguise
+// once the event loop turns, and do nothing when there is no window.
+
+#include "app/RootRouter.h"
+#include "app/UnlockChooser.h"
+#include "support/RecordingRunner.h"
+
+#include <QDir>
+#include <QQuickWindow>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+
+HDIUtilResult attached() {
+    return {0,
+            "<plist version=\"1.0\"><dict><key>system-entities</key><array><dict>"
+            "<key>mount-point</key><string>/mnt/vault</string></dict></array></dict></plist>",
+            {}};
+}
+
+} // namespace
+
+class TestRootRouter : public QObject {
+    Q_OBJECT
+
+private slots:
+    void screenForState() {
+        using S = RootRouter::Screen;
+        QCOMPARE(RootRouter::screenFor(false, false, false), S::Welcome);
+        QCOMPARE(RootRouter::screenFor(false, false, true), S::Setup);
+        QCOMPARE(RootRouter::screenFor(true, false, false), S::Unlock);
+        QCOMPARE(RootRouter::screenFor(true, true, false), S::Browser);
+        QCOMPARE(RootRouter::screenFor(true, true, true), S::Browser);
+    }
+
+    void lockScreenForDisguise() {
+        using L = UnlockChooser::LockScreen;
+        QCOMPARE(UnlockChooser::lockScreenFor("none"), L::Branded);
+        QCOMPARE(UnlockChooser::lockScreenFor("neutral"), L::Neutral);
+        QCOMPARE(UnlockChooser::lockScreenFor("math"), L::MathQuiz);
+        QCOMPARE(UnlockChooser::lockScreenFor(""), L::Branded);
+        QCOMPARE(UnlockChooser::lockScreenFor("calculator"), L::Branded);
+    }
+
+    // The router follows the engine and the disk, with nobody telling it.
+    void followsTheVaultThroughItsLife() {
+        QTemporaryDir support;
+        RecordingRunner tool;
+        VaultManager vault(support.path(), tool.runner());
+        RootRouter router;
+        router.setVault(&vault);
+        QSignalSpy changes(&router, &RootRouter::screenChanged);
+        QCOMPARE(router.screen(), RootRouter::Screen::Welcome);
+        // Made by other means while the welcome pages show.
+        QVERIFY(QDir().mkpath(vault.bundlePath()));
+        QTRY_COMPARE(router.screen(), RootRouter::Screen::Unlock);
+        QVERIFY(QDir(vault.bundlePath()).removeRecursively());
+        QTRY_COMPARE(router.screen(), RootRouter::Screen::Welcome);
+        router.setHasSeenWelcome(true);
+        QCOMPARE(router.screen(), RootRouter::Screen::Setup);
+
+        // A creation whose opening failed: setup stays, to show why.
+        QVERIFY(QDir().mkpath(vault.bundlePath()));
+        QTest::qWait(100);
+        QCOMPARE(router.screen(), RootRouter::Screen::Setup);
+
+        tool.replies = {attached()};
+        vault.unlock("password");
+        QCOMPARE(router.screen(), RootRouter::Screen::Browser);
+        vault.lock();
+        QCOMPARE(router.screen(), RootRouter::Screen::Unlock);
+
+        // Deleted while locked: back to the first-run screens.
+        QVERIFY(QDir(vault.bundlePath()).removeRecursively());
+        QTRY_COMPARE(router.screen(), RootRouter::Screen::Setup);
+        QCOMPARE(changes.count(), 6);
+    }
+
+    void windowSizeAndTitleFollowStateAndDisguise() {
+        QTemporaryDir support;
+        RecordingRunner tool;
+        VaultManager vault(support.path(), tool.runner());
+        QVERIFY(QDir().mkpath(vault.bundlePath()));
+        QQuickWindow window;
+        window.resize(300, 200);
+        window.setTitle("before");
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+
+        RootRouter router;
+        router.setVault(&vault);
+        router.setDisguiseRaw("neutral");
+        router.componentComplete();
+        QTRY_COMPARE(window.size(), QSize(600, 600));
+        QTRY_COMPARE(window.title(), "Workspace");
+        const QRect available = window.screen()->availableGeometry();
+        QVERIFY(qAbs(window.frameGeometry().center().x() - available.center().x()) <= 1);
+
+        tool.replies = {attached()};
+        vault.unlock("password");
+        QTRY_COMPARE(window.size(), QSize(800, 635));
+        // The disguise holds in every state.
+        QCOMPARE(window.title(), "Workspace");
+        router.setDisguiseRaw("math");
+        QTRY_COMPARE(window.title(), "Calculator");
+        router.setDisguiseRaw("unheard of");
+        QTRY_COMPARE(window.title(), "Morvanta");
+
+        router.contentDisappearing();
+        QVERIFY(!vault.isUnlocked());
+        QTRY_COMPARE(window.size(), QSize(600, 600));
+        QCOMPARE(tool.argLists().last(), QStringList({"detach", "/mnt/vault"}));
+    }
+
+    void withoutAWindowNothingHappens() {
+        RootRouter router;
+        router.setDisguiseRaw("math");
+        router.componentComplete();
+        router.resizeForState(true);
+        QTest::qWait(20);
+        QVERIFY(QGuiApplication::topLevelWindows().isEmpty());
+    }
+
+    void aFailedLockAtCloseIsSwallowed() {
+        QTemporaryDir support;
+        RecordingRunner tool;
+        VaultManager vault(support.path(), tool.runner());
+        QVERIFY(QDir().mkpath(vault.bundlePath()));
+        // The plain and the forced detach fail, and the tool cannot say what is attached.
+        tool.replies = {attached(), {1, {}, "busy"}, {1, {}, "still busy"}, {1, {}, ""}};
+        vault.unlock("password");
+        RootRouter router;
+        router.setVault(&vault);
+        router.contentDisappearing();
+        QVERIFY(vault.isUnlocked());
+        QCOMPARE(tool.calls.size(), 4);
+    }
+};
+
+QTEST_MAIN(TestRootRouter)
+#include "tst_rootrouter.moc"

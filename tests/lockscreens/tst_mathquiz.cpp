@@ -1,0 +1,178 @@
+// The quiz's rules without a window: parsing and trimming answers, the questions it draws,
+// and what a submission does: the text as typed goes to the tool first, the grade after.
+
+#include "lockscreens/MathQuiz.h"
+#include "support/RecordingRunner.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+#include <QTest>
+
+Q_DECLARE_METATYPE(std::optional<qint64>)
+
+namespace {
+
+HDIUtilResult wrongPassword() {
+    return {1, {}, "morvanta-hdiutil: attach failed - Password incorrect."};
+}
+
+} // namespace
+
+class TestMathQuiz : public QObject {
+    Q_OBJECT
+
+private slots:
+    void parsingAnswers_data() {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<std::optional<qint64>>("number");
+        QTest::newRow("plain") << "42" << std::optional<qint64>(42);
+        QTest::newRow("leading plus") << "+42" << std::optional<qint64>(42);
+        QTest::newRow("negative") << "-7" << std::optional<qint64>(-7);
+        QTest::newRow("leading zeros") << "007" << std::optional<qint64>(7);
+        QTest::newRow("largest") << "9223372036854775807"
+                                 << std::optional<qint64>(std::numeric_limits<qint64>::max());
+        QTest::newRow("smallest") << "-9223372036854775808"
+                                  << std::optional<qint64>(std::numeric_limits<qint64>::min());
+        QTest::newRow("one past the largest") << "9223372036854775808" << std::optional<qint64>();
+        QTest::newRow("far out of range") << "123456789012345678901234" << std::optional<qint64>();
+        QTest::newRow("inner space") << "4 2" << std::optional<qint64>();
+        QTest::newRow("decimal") << "42.0" << std::optional<qint64>();
+        QTest::newRow("lone plus") << "+" << std::optional<qint64>();
+        QTest::newRow("lone minus") << "-" << std::optional<qint64>();
+        QTest::newRow("two signs") << "+-4" << std::optional<qint64>();
+        QTest::newRow("empty") << "" << std::optional<qint64>();
+        QTest::newRow("words") << "forty-two" << std::optional<qint64>();
+        QTest::newRow("other scripts' digits") << "\u0664\u0662" << std::optional<qint64>();
+        QTest::newRow("untrimmed") << " 42" << std::optional<qint64>();
+    }
+    void parsingAnswers() {
+        QFETCH(QString, text);
+        QFETCH(std::optional<qint64>, number);
+        QCOMPARE(MathQuiz::parseAnswer(text), number);
+    }
+
+    void trimmingTakesSpacesAndTabsOnly() {
+        QCOMPARE(MathQuiz::trimmed(" \t 42 \t"), "42");
+        QCOMPARE(MathQuiz::trimmed("\u00A042\u2003"), "42");
+        QCOMPARE(MathQuiz::trimmed("42\n"), "42\n");
+        QCOMPARE(MathQuiz::trimmed("4 2"), "4 2");
+    }
+
+    void questionsAndAnswers() {
+        MathQuiz quiz;
+        QCOMPARE(MathQuiz::symbol(MathQuiz::Op::add), "+");
+        QCOMPARE(MathQuiz::symbol(MathQuiz::Op::sub), "\u2212");
+        QCOMPARE(MathQuiz::symbol(MathQuiz::Op::mul), "\u00D7");
+        quiz.setQuestion(MathQuiz::Op::sub, 47, 12);
+        QCOMPARE(quiz.question(), "47 \u2212 12 = ?");
+        QCOMPARE(quiz.expectedAnswer(), 35);
+        quiz.setQuestion(MathQuiz::Op::sub, 47, 47);
+        QCOMPARE(quiz.question(), "47 \u2212 47 = ?");
+        QCOMPARE(quiz.expectedAnswer(), 0);
+        quiz.setQuestion(MathQuiz::Op::mul, 12, 11);
+        QCOMPARE(quiz.expectedAnswer(), 132);
+        quiz.setQuestion(MathQuiz::Op::add, 1000, 99);
+        QCOMPARE(quiz.question(), "1000 + 99 = ?");
+    }
+
+    void drawnQuestionsStayInTheirRanges() {
+        MathQuiz quiz;
+        QSet<MathQuiz::Op> seen;
+        for (int i = 0; i < 3000; ++i) {
+            quiz.regenerate();
+            seen.insert(quiz.op());
+            const qint64 low = quiz.op() == MathQuiz::Op::mul ? 3 : 10;
+            const qint64 high = quiz.op() == MathQuiz::Op::mul ? 12 : 99;
+            QVERIFY(quiz.a() >= low && quiz.a() <= high);
+            QVERIFY(quiz.b() >= low && quiz.b() <= high);
+            if (quiz.op() == MathQuiz::Op::sub)
+                QVERIFY(quiz.a() >= quiz.b());
+        }
+        QCOMPARE(seen.size(), 3);
+    }
+
+    void regenerateLeavesTheBoxAndTheGrade() {
+        MathQuiz quiz;
+        quiz.setInput("12");
+        quiz.regenerate();
+        QCOMPARE(quiz.input(), "12");
+        QVERIFY(!quiz.hasMessage());
+    }
+
+    void gradingAfterAFailedUnlock_data() {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<bool>("correct");
+        QTest::newRow("right") << "42" << true;
+        QTest::newRow("right, with spaces around") << " 42 " << true;
+        QTest::newRow("right, with a plus") << "+42" << true;
+        QTest::newRow("wrong number") << "41" << false;
+        QTest::newRow("inner space") << "4 2" << false;
+        QTest::newRow("decimal") << "42.0" << false;
+        QTest::newRow("words") << "forty-two" << false;
+        QTest::newRow("empty") << "" << false;
+    }
+    void gradingAfterAFailedUnlock() {
+        QFETCH(QString, typed);
+        QFETCH(bool, correct);
+        QTemporaryDir support;
+        RecordingRunner tool;
+        VaultManager vault(support.path(), tool.runner());
+        QVERIFY(QDir().mkpath(vault.bundlePath()));
+        tool.replies = {wrongPassword()};
+        MathQuiz quiz;
+        quiz.setVault(&vault);
+        quiz.setQuestion(MathQuiz::Op::add, 20, 22);
+        quiz.setInput(typed);
+        quiz.submit();
+        QVERIFY(quiz.busy());
+        QCOMPARE(quiz.buttonLabel(), "Checking...");
+        QTRY_VERIFY(!quiz.busy());
+
+        // The password tried is the text exactly as typed.
+        QCOMPARE(tool.calls.size(), 1);
+        QCOMPARE(tool.calls[0].args.first(), "attach");
+        QCOMPARE(tool.calls[0].stdinText, typed);
+        QVERIFY(quiz.hasMessage());
+        QCOMPARE(quiz.correct(), correct);
+        QCOMPARE(quiz.messageText(), correct ? "Correct!" : "Try again");
+        QCOMPARE(quiz.messageSymbol(), correct ? "checkmark.circle.fill" : "xmark.circle.fill");
+        QCOMPARE(quiz.input(), QString());
+        QCOMPARE(quiz.buttonLabel(), "Submit");
+    }
+
+    void aSecondSubmitWhileCheckingIsIgnored() {
+        QTemporaryDir support;
+        RecordingRunner tool;
+        VaultManager vault(support.path(), tool.runner());
+        QVERIFY(QDir().mkpath(vault.bundlePath()));
+        tool.replies = {wrongPassword(), wrongPassword()};
+        MathQuiz quiz;
+        quiz.setVault(&vault);
+        quiz.regenerate();
+        quiz.setInput("1");
+        quiz.submit();
+        quiz.submit();
+        QTRY_VERIFY(!quiz.busy());
+        QTest::qWait(50);
+        QCOMPARE(tool.calls.size(), 1);
+    }
+
+    void aFailedAttemptClearsTheGradeWhileChecking() {
+        QTemporaryDir support;
+        RecordingRunner tool;
+        VaultManager vault(support.path(), tool.runner());
+        QVERIFY(QDir().mkpath(vault.bundlePath()));
+        tool.replies = {wrongPassword(), wrongPassword()};
+        MathQuiz quiz;
+        quiz.setVault(&vault);
+        quiz.regenerate();
+        quiz.submit();
+        QTRY_VERIFY(quiz.hasMessage());
+        quiz.submit();
+        QVERIFY(!quiz.hasMessage());
+        QTRY_VERIFY(quiz.hasMessage());
+    }
+};
+
+QTEST_MAIN(TestMathQuiz)
+#include "tst_mathquiz.moc"

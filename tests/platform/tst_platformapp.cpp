@@ -1,0 +1,71 @@
+// The desktop seams of the application: the persisted disguise setting, and finding the
+// running instance from a second launch.
+
+#include "platform/Settings.h"
+#include "platform/SingleInstance.h"
+#include "support/FuseHarness.h"
+
+#include <QFileInfo>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+class TestPlatformApp : public QObject {
+    Q_OBJECT
+
+private slots:
+    void disguiseSettingPersistsAndAnnouncesChanges() {
+        QTemporaryDir dir;
+        const QString path = dir.filePath("Morvanta.conf");
+        {
+            platform::Settings settings(std::make_unique<QSettings>(path, QSettings::IniFormat));
+            QCOMPARE(settings.disguiseMode(), "none");
+            QSignalSpy changed(&settings, &platform::Settings::disguiseModeChanged);
+            settings.setDisguiseMode("math");
+            settings.setDisguiseMode("math");
+            QCOMPARE(changed.count(), 1);
+            // Stored as it is, even when it names no disguise: readers decide.
+            settings.setDisguiseMode("neutral ");
+            QCOMPARE(settings.disguiseMode(), "neutral ");
+            settings.setDisguiseMode("neutral");
+        }
+        platform::Settings reread(std::make_unique<QSettings>(path, QSettings::IniFormat));
+        QCOMPARE(reread.disguiseMode(), "neutral");
+        QSettings raw(path, QSettings::IniFormat);
+        QCOMPARE(raw.value("disguiseMode").toString(), "neutral");
+    }
+
+    void aSecondLaunchWakesTheFirst() {
+        testsupport::ScopedRuntimeDir runtime;
+        platform::SingleInstance first(QStringLiteral("morvanta-test"));
+        QVERIFY(first.isPrimary());
+        QVERIFY(first.socketPath().startsWith(runtime.path()));
+        QSignalSpy woken(&first, &platform::SingleInstance::activationRequested);
+
+        platform::SingleInstance second(QStringLiteral("morvanta-test"));
+        QVERIFY(!second.isPrimary());
+        QTRY_COMPARE(woken.count(), 1);
+
+        // Others of the same user under another name are not disturbed.
+        platform::SingleInstance other(QStringLiteral("morvanta-other"));
+        QVERIFY(other.isPrimary());
+    }
+
+    void aSocketLeftByACrashIsTakenOver() {
+        testsupport::ScopedRuntimeDir runtime;
+        QString path;
+        {
+            platform::SingleInstance crashed(QStringLiteral("morvanta-test"));
+            path = crashed.socketPath();
+        }
+        // What a killed process leaves: the socket file, nobody listening.
+        QFile stale(path);
+        QVERIFY(stale.open(QIODevice::WriteOnly));
+        stale.close();
+        platform::SingleInstance next(QStringLiteral("morvanta-test"));
+        QVERIFY(next.isPrimary());
+    }
+};
+
+QTEST_MAIN(TestPlatformApp)
+#include "tst_platformapp.moc"

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "engine/VaultManager.h"
+#include "platform/Settings.h"
+
+#include <QQmlApplicationEngine>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QTemporaryDir>
+
+namespace testsupport {
+
+// The application's window as `main` builds it, offscreen, over a vault and a settings file
+// of the test's own.
+class AppWindow {
+public:
+    // `disguiseMode` is stored before the window opens, as a previous run would have left it.
+    explicit AppWindow(HDIUtilRunner runner, const QString& disguiseMode = QStringLiteral("none"));
+    ~AppWindow();
+
+    VaultManager& vault() { return *m_vault; }
+    platform::Settings& settings() { return *m_settings; }
+    QQuickWindow* window() const { return m_window; }
+    QString supportPath() const { return m_support.path(); }
+
+    // The item of that object name currently in the window, or null.
+    QQuickItem* find(const QString& objectName) const;
+    // The same, failing the test's expectations loudly when it is missing.
+    QQuickItem* item(const QString& objectName) const;
+    // The screen the router shows (for a lock screen, the one the disguise picked), and the
+    // name of its QML type ("WelcomeView", …).
+    QObject* screen() const;
+    QString screenName() const;
+    // Every text shown on screen right now, in visible items.
+    QStringList visibleTexts() const;
+    void click(const QString& objectName) const;
+    // Types ASCII text key by key into the field, which gets the focus first.
+    void typeInto(const QString& objectName, const QString& text) const;
+    // Saves a PNG of the window under the build's screenshot folder.
+    bool screenshot(const QString& name) const;
+
+private:
+    QTemporaryDir m_support;
+    QTemporaryDir m_settingsDir;
+    std::unique_ptr<platform::Settings> m_settings;
+    std::unique_ptr<VaultManager> m_vault;
+    std::unique_ptr<QQmlApplicationEngine> m_engine;
+    QQuickWindow* m_window = nullptr;
+};
+
+// The QML type name of an item, without the suffixes QML adds to it.
+QString qmlTypeName(const QObject* object);
+
+} // namespace testsupport

@@ -1,0 +1,205 @@
+// The whole window offscreen against real vaults (gocryptfs through the disk-image tool):
+// first start to an open vault, both lock screens with right and wrong passwords, the
+// disguise switched while locked, and closing the window with the vault open.
+
+#include "support/AppWindow.h"
+#include "support/FuseHarness.h"
+
+#include <QRegularExpression>
+#include <QTest>
+#include <QtQml/QQmlExtensionPlugin>
+
+Q_IMPORT_QML_PLUGIN(MorvantaPlugin)
+Q_IMPORT_QML_PLUGIN(Morvanta_LockScreensPlugin)
+
+using testsupport::AppWindow;
+
+namespace {
+
+// The fast tool, counting the unlock attempts that reach it.
+HDIUtilRunner countingRunner(int& attaches) {
+    return [&attaches, fast = testsupport::fastToolRunner()](const QStringList& args,
+                                                             const std::optional<QString>& in) {
+        if (args.value(0) == QLatin1String("attach"))
+            ++attaches;
+        return fast(args, in);
+    };
+}
+
+} // namespace
+
+class TestAppWindow : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init() { QTest::failOnWarning(QRegularExpression(".*")); }
+
+    void firstStartLeadsToAnOpenVault() {
+        REQUIRE_FUSE();
+        testsupport::ScopedRuntimeDir runtime;
+        AppWindow app(testsupport::fastToolRunner());
+        QCOMPARE(app.screenName(), "WelcomeView");
+        QTRY_COMPARE(app.window()->title(), "Morvanta");
+        QTRY_COMPARE(app.window()->size(), QSize(600, 600));
+        QCOMPARE(app.window()->minimumSize(), QSize(520, 420));
+
+        app.click("forwardButton");
+        app.click("forwardButton");
+        QCOMPARE(app.item("forwardButton")->property("text").toString(), "Get Started");
+        app.click("forwardButton");
+        QTRY_COMPARE(app.screenName(), "SetupView");
+
+        app.typeInto("passwordField", "Correct horse 1");
+        QVERIFY(!app.item("createButton")->isEnabled());
+        QTest::keyClick(app.window(), Qt::Key_Return);
+        QTRY_VERIFY(app.item("confirmField")->hasActiveFocus());
+        app.typeInto("confirmField", "Correct horse 1");
+        QVERIFY(app.item("createButton")->isEnabled());
+        app.click("createButton");
+
+        QTRY_VERIFY(app.vault().isUnlocked());
+        QVERIFY(app.vault().vaultExists());
+        QTRY_COMPARE(app.screenName(), "UnlockedPlaceholder");
+        QTRY_COMPARE(app.window()->size(), QSize(800, 635));
+        QCOMPARE(testsupport::mountsBelow(runtime.path()).size(), 1);
+    }
+
+    void wrongPasswordThenTheRightOneWithItsSpaces() {
+        REQUIRE_FUSE();
+        testsupport::ScopedRuntimeDir runtime;
+        int attaches = 0;
+        AppWindow app(countingRunner(attaches));
+        app.vault().createVault("  spaced secret  ");
+        QTRY_COMPARE(app.screenName(), "StandardUnlockView");
+        QCOMPARE(app.item("title")->property("text").toString(), "Unlock Vault");
+
+        app.typeInto("passwordField", "spaced secret");
+        app.click("unlockButton");
+        QTRY_COMPARE(app.item("errorLine")->property("text").toString(), "Authentication failed.");
+        QVERIFY(app.item("errorLine")->isVisible());
+        QCOMPARE(app.item("passwordField")->property("text").toString(), QString());
+        QVERIFY(app.item("unlockButton")->isEnabled());
+        QCOMPARE(app.item("unlockButton")->property("text").toString(), "Unlock");
+        QVERIFY(!app.vault().isUnlocked());
+
+        app.typeInto("passwordField", "  spaced secret  ");
+        QTest::keyClick(app.window(), Qt::Key_Return);
+        QTRY_VERIFY(app.vault().isUnlocked());
+        QTRY_COMPARE(app.window()->size(), QSize(800, 635));
+        QCOMPARE(attaches, 2);
+    }
+
+    void aDoubleReturnStartsOneAttempt() {
+        REQUIRE_FUSE();
+        testsupport::ScopedRuntimeDir runtime;
+        int attaches = 0;
+        AppWindow app(countingRunner(attaches), "neutral");
+        app.vault().createVault("the password");
+        QTRY_COMPARE(app.screenName(), "StandardUnlockView");
+        app.typeInto("passwordField", "not the password");
+        QTest::keyClick(app.window(), Qt::Key_Return);
+        QTest::keyClick(app.window(), Qt::Key_Return);
+        QTRY_VERIFY(!app.item("errorLine")->property("text").toString().isEmpty());
+        QTest::qWait(100);
+        QCOMPARE(attaches, 1);
+    }
+
+    void theQuizOpensWithThePasswordAsTyped() {
+        REQUIRE_FUSE();
+        testsupport::ScopedRuntimeDir runtime;
+        AppWindow app(testsupport::fastToolRunner(), "math");
+        // A numeric password: it must still be tried before any grading.
+        app.vault().createVault(" 1234 ");
+        QTRY_COMPARE(app.screenName(), "MathQuizUnlockView");
+        QTRY_VERIFY(app.item("answerField")->hasActiveFocus());
+        app.typeInto("answerField", " 1234 ");
+        QTest::keyClick(app.window(), Qt::Key_Return);
+        QTRY_VERIFY(app.vault().isUnlocked());
+        QTRY_COMPARE(app.window()->title(), "Calculator");
+    }
+
+    void theQuizGradesWhatDoesNotOpen() {
+        REQUIRE_FUSE();
+        testsupport::ScopedRuntimeDir runtime;
+        int attaches = 0;
+        AppWindow app(countingRunner(attaches), "math");
+        app.vault().createVault("real password");
+        QTRY_COMPARE(app.screenName(), "MathQuizUnlockView");
+        QObject* quiz = app.screen()->property("quiz").value<QObject*>();
+        QVERIFY(quiz);
+        const QString question = app.item("question")->property("text").toString();
+        QVERIFY(QRegularExpression("^\\d+ [+\u2212\u00D7] \\d+ = \\?$").match(question).hasMatch());
+        const qint64 a = quiz->property("a").toLongLong();
+        const qint64 b = quiz->property("b").toLongLong();
+        const QString op = question.section(' ', 1, 1);
+        const qint64 answer = op == "+" ? a + b : op == "\u2212" ? a - b : a * b;
+
+        app.typeInto("answerField", QStringLiteral(" %1 ").arg(answer));
+        app.click("submitButton");
+        QTRY_VERIFY(app.item("messageLine")->isVisible());
+        const QStringList shown = app.visibleTexts();
+        QVERIFY2(shown.contains("Correct!"), qPrintable(shown.join(" | ")));
+        QCOMPARE(app.item("answerField")->property("text").toString(), QString());
+
+        app.typeInto("answerField", "real passwort");
+        app.click("submitButton");
+        QTRY_VERIFY(app.visibleTexts().contains("Try again"));
+        QVERIFY(!app.vault().isUnlocked());
+        QCOMPARE(attaches, 2);
+        // The disguise holds: nothing on screen speaks of a vault, a password or a failure.
+        for (const QString& text : app.visibleTexts()) {
+            QVERIFY2(!text.contains("ault") && !text.contains("assword") &&
+                         !text.contains("failed") && !text.contains("Authentication"),
+                     qPrintable(text));
+        }
+    }
+
+    void switchingTheDisguiseChangesScreenAndTitleAtOnce() {
+        REQUIRE_FUSE();
+        testsupport::ScopedRuntimeDir runtime;
+        AppWindow app(testsupport::fastToolRunner());
+        app.vault().createVault("password one");
+        QTRY_COMPARE(app.screenName(), "StandardUnlockView");
+        QTRY_COMPARE(app.window()->title(), "Morvanta");
+
+        app.settings().setDisguiseMode("neutral");
+        QTRY_COMPARE(app.window()->title(), "Workspace");
+        QCOMPARE(app.screenName(), "StandardUnlockView");
+        QCOMPARE(app.item("title")->property("text").toString(), "Sign in");
+        QCOMPARE(app.item("unlockButton")->property("text").toString(), "Sign in");
+
+        app.settings().setDisguiseMode("math");
+        QTRY_COMPARE(app.window()->title(), "Calculator");
+        QCOMPARE(app.screenName(), "MathQuizUnlockView");
+        app.typeInto("answerField", "12");
+
+        app.settings().setDisguiseMode("neutral");
+        QCOMPARE(app.screenName(), "StandardUnlockView");
+        QCOMPARE(app.item("passwordField")->property("text").toString(), QString());
+
+        app.settings().setDisguiseMode("something else");
+        QTRY_COMPARE(app.window()->title(), "Morvanta");
+        QCOMPARE(app.item("title")->property("text").toString(), "Unlock Vault");
+
+        // The disguised title stays once the vault is open.
+        app.settings().setDisguiseMode("neutral");
+        app.vault().unlock("password one");
+        QTRY_COMPARE(app.window()->size(), QSize(800, 635));
+        QCOMPARE(app.window()->title(), "Workspace");
+    }
+
+    void closingTheWindowDetachesTheVault() {
+        REQUIRE_FUSE();
+        testsupport::ScopedRuntimeDir runtime;
+        AppWindow app(testsupport::fastToolRunner());
+        app.vault().createVault("password two");
+        app.vault().unlock("password two");
+        QCOMPARE(testsupport::mountsBelow(runtime.path()).size(), 1);
+        QVERIFY(app.window()->close());
+        QVERIFY(!app.vault().isUnlocked());
+        QVERIFY(testsupport::mountsBelow(runtime.path()).isEmpty());
+    }
+};
+
+QTEST_MAIN(TestAppWindow)
+#include "tst_appwindow.moc"

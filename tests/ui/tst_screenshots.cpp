@@ -1,0 +1,188 @@
+// Every screen in every disguise and state, loaded in the real window and saved as a PNG
+// under build/screenshots/ for a person to look at. Loading each one with QML warnings made
+// fatal also makes this the smoke test that every screen's imports and bindings resolve.
+
+#include "support/AppWindow.h"
+#include "support/RecordingRunner.h"
+
+#include <QDir>
+#include <QRegularExpression>
+#include <QTest>
+#include <QtQml/QQmlExtensionPlugin>
+
+Q_IMPORT_QML_PLUGIN(MorvantaPlugin)
+Q_IMPORT_QML_PLUGIN(Morvanta_LockScreensPlugin)
+
+using testsupport::AppWindow;
+
+namespace {
+
+const QString kMount = QStringLiteral("/run/user/1000/morvanta/MorvantaVault");
+
+HDIUtilResult failure(const QString& message) {
+    return {1, {}, message};
+}
+
+HDIUtilResult attached() {
+    return {0,
+            "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>system-entities</key>"
+            "<array><dict><key>mount-point</key><string>" +
+                kMount + "</string></dict></array></dict></plist>",
+            {}};
+}
+
+// Waits out the page and colour animations so the picture shows the settled screen.
+void settle() {
+    QTest::qWait(350);
+}
+
+} // namespace
+
+class TestScreenshots : public QObject {
+    Q_OBJECT
+
+    const QStringList disguises{"none", "neutral", "math"};
+
+private slots:
+    void init() { QTest::failOnWarning(QRegularExpression(".*")); }
+
+    void welcomePages() {
+        RecordingRunner tool;
+        AppWindow app(tool.runner());
+        QCOMPARE(app.screenName(), "WelcomeView");
+        for (int page = 1; page <= 3; ++page) {
+            settle();
+            QVERIFY(app.screenshot(QStringLiteral("welcome-page%1").arg(page)));
+            if (page < 3)
+                app.click("forwardButton");
+        }
+        QCOMPARE(app.item("forwardButton")->property("text").toString(), "Get Started");
+    }
+
+    void setupScreen_data() {
+        QTest::addColumn<QString>("disguise");
+        for (const QString& disguise : disguises)
+            QTest::newRow(qPrintable(disguise)) << disguise;
+    }
+    void setupScreen() {
+        QFETCH(QString, disguise);
+        RecordingRunner tool;
+        AppWindow app(tool.runner(), disguise);
+        app.click("forwardButton");
+        app.click("forwardButton");
+        app.click("forwardButton");
+        QTRY_COMPARE(app.screenName(), "SetupView");
+        settle();
+        QVERIFY(app.screenshot("setup-" + disguise + "-empty"));
+
+        const QList<std::pair<QString, QString>> levels = {
+            {"0", "abc"},       {"1", "abcdefgh"},           {"2", "Abcdefg1"},
+            {"3", "Abcdefg1!"}, {"4", "Abcdefgh1!Abcdefgh"},
+        };
+        for (const auto& [level, password] : levels) {
+            app.item("passwordField")->setProperty("text", password);
+            app.item("confirmField")->setProperty("text", password);
+            QVERIFY(app.screenshot("setup-" + disguise + "-level" + level));
+        }
+        app.item("confirmField")->setProperty("text", "Abcdefgh1!Abcdefg");
+        QVERIFY(app.screenshot("setup-" + disguise + "-mismatch"));
+
+        app.item("confirmField")->setProperty("text", "Abcdefgh1!Abcdefgh");
+        tool.replies = {failure("morvanta-hdiutil: create failed - No space left on device.")};
+        app.click("createButton");
+        QVERIFY(app.screenshot("setup-" + disguise + "-busy"));
+        QTRY_VERIFY(!app.find("errorLine")->property("text").toString().isEmpty());
+        QVERIFY(app.screenshot("setup-" + disguise + "-error"));
+    }
+
+    void standardUnlock_data() {
+        QTest::addColumn<QString>("disguise");
+        QTest::newRow("branded") << "none";
+        QTest::newRow("neutral") << "neutral";
+    }
+    void standardUnlock() {
+        QFETCH(QString, disguise);
+        RecordingRunner tool;
+        AppWindow app(tool.runner(), disguise);
+        QVERIFY(QDir().mkpath(app.vault().bundlePath()));
+        app.item("rootView")
+            ->property("router")
+            .value<QObject*>()
+            ->setProperty("hasSeenWelcome", true);
+        QTRY_COMPARE(app.screenName(), "StandardUnlockView");
+        settle();
+        QVERIFY(app.screenshot("unlock-" + disguise + "-idle"));
+
+        app.item("passwordField")->setProperty("text", "not the password");
+        tool.replies = {failure("morvanta-hdiutil: attach failed - Password incorrect.")};
+        app.click("unlockButton");
+        QVERIFY(app.screenshot("unlock-" + disguise + "-busy"));
+        QTRY_VERIFY(app.find("errorLine")->isVisible());
+        QVERIFY(app.screenshot("unlock-" + disguise + "-error"));
+    }
+
+    void mathQuiz() {
+        RecordingRunner tool;
+        AppWindow app(tool.runner(), "math");
+        QVERIFY(QDir().mkpath(app.vault().bundlePath()));
+        app.item("rootView")
+            ->property("router")
+            .value<QObject*>()
+            ->setProperty("hasSeenWelcome", true);
+        QTRY_COMPARE(app.screenName(), "MathQuizUnlockView");
+        settle();
+        QVERIFY(app.screenshot("quiz-idle"));
+
+        QObject* quiz = app.screen()->property("quiz").value<QObject*>();
+        QVERIFY(quiz);
+        app.item("answerField")->setProperty("text", "12");
+        tool.replies = {failure("morvanta-hdiutil: attach failed - Password incorrect.")};
+        app.click("submitButton");
+        QVERIFY(app.screenshot("quiz-busy"));
+        QTRY_VERIFY(app.find("messageLine")->isVisible());
+        QVERIFY(app.screenshot("quiz-graded-wrong"));
+
+        QMetaObject::invokeMethod(quiz, "regenerate");
+        const QString question = app.item("question")->property("text").toString();
+        const qint64 a = quiz->property("a").toLongLong();
+        const qint64 b = quiz->property("b").toLongLong();
+        const QString op = question.section(' ', 1, 1);
+        const qint64 answer = op == "+" ? a + b : op == "\u2212" ? a - b : a * b;
+        app.item("answerField")->setProperty("text", QString::number(answer));
+        tool.replies = {failure("morvanta-hdiutil: attach failed - Password incorrect.")};
+        app.click("submitButton");
+        QTRY_VERIFY(quiz->property("correct").toBool());
+        QVERIFY(app.screenshot("quiz-graded-correct"));
+    }
+
+    // The smallest window the screens must fit: they scroll rather than clip.
+    void smallestWindow() {
+        RecordingRunner tool;
+        AppWindow app(tool.runner());
+        app.window()->resize(520, 420);
+        QTRY_COMPARE(app.item("rootView")->height(), 420.0);
+        app.click("forwardButton");
+        settle();
+        QVERIFY(app.screenshot("small-welcome-page2"));
+        app.click("forwardButton");
+        app.click("forwardButton");
+        QTRY_COMPARE(app.screenName(), "SetupView");
+        app.item("passwordField")->setProperty("text", "Abcdefg1");
+        app.item("confirmField")->setProperty("text", "Abcdefg");
+        QVERIFY(app.screenshot("small-setup"));
+    }
+
+    void unlockedStandIn() {
+        RecordingRunner tool;
+        AppWindow app(tool.runner());
+        QVERIFY(QDir().mkpath(app.vault().bundlePath()));
+        tool.replies = {attached()};
+        app.vault().unlock("password");
+        QTRY_COMPARE(app.screenName(), "UnlockedPlaceholder");
+        QTRY_COMPARE(app.window()->size(), QSize(800, 635));
+        QVERIFY(app.screenshot("unlocked"));
+    }
+};
+
+QTEST_MAIN(TestScreenshots)
+#include "tst_screenshots.moc"
