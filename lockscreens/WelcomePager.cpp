@@ -48,9 +48,9 @@ QVariantList WelcomePager::featureCards() {
                            {QStringLiteral("title"), title},
                            {QStringLiteral("text"), text}};
     };
+#ifdef Q_OS_MACOS
     const QString shortcut =
         QStringLiteral("Lock everything instantly with \u2318L, or let auto-lock handle it.");
-#ifdef Q_OS_MACOS
     const QString security =
         QStringLiteral("AES-256 encryption powered by Apple's own disk technology.");
     const QString invisible = QStringLiteral(
@@ -59,6 +59,9 @@ QVariantList WelcomePager::featureCards() {
     const QString nativeText = QStringLiteral("Built with SwiftUI. Fast, lightweight, no bloat.");
     const QString keyText = QStringLiteral("Only you hold the key. Nothing leaves your Mac.");
 #else
+    // The shortcut in its Linux form, as the lock button's help text shows it.
+    const QString shortcut =
+        QStringLiteral("Lock everything instantly with Ctrl+L, or let auto-lock handle it.");
     const QString security =
         QStringLiteral("AES-256 encryption powered by gocryptfs, a proven open-source encryptor.");
     const QString invisible = QStringLiteral("Locked files \u2014 and even apps \u2014 vanish "

@@ -171,7 +171,7 @@ private slots:
                               "encryptor.",
                               "Locked files \u2014 and even apps \u2014 vanish from your file "
                               "manager, search, and terminal.",
-                              "Lock everything instantly with \u2318L, or let auto-lock handle it.",
+                              "Lock everything instantly with Ctrl+L, or let auto-lock handle it.",
                               "Built with Qt. Fast, lightweight, no bloat.",
                               "100% offline. No cloud. No accounts. No tracking.",
                               "Only you hold the key. Nothing leaves your computer."}));
