@@ -2,6 +2,7 @@
 #include "engine/VaultManager.h"
 #include "platform/Hardening.h"
 #include "platform/QuitSignals.h"
+#include "platform/SessionWatcher.h"
 #include "platform/Settings.h"
 #include "platform/SingleInstance.h"
 
@@ -14,20 +15,6 @@
 
 Q_IMPORT_QML_PLUGIN(MorvantaPlugin)
 Q_IMPORT_QML_PLUGIN(Morvanta_LockScreensPlugin)
-
-namespace {
-
-void lockIfOpen(VaultManager& vault) {
-    if (!vault.isUnlocked())
-        return;
-    try {
-        vault.lock();
-    } catch (const VaultError&) {
-        // Nothing can show the failure any more; the vault may stay attached.
-    }
-}
-
-} // namespace
 
 int main(int argc, char* argv[]) {
     // The master password lives in this process while the vault is open.
@@ -51,7 +38,12 @@ int main(int argc, char* argv[]) {
     VaultManager vault;
 
     platform::quitApplicationOnTerminationSignals();
-    QObject::connect(&app, &QGuiApplication::aboutToQuit, [&vault] { lockIfOpen(vault); });
+    QObject::connect(&app, &QGuiApplication::aboutToQuit, &vault, &VaultManager::lockIfUnlocked);
+    // Leaving the machine locks the vault: before sleep (logind waits for it) and when the
+    // screen locks.
+    platform::SessionWatcher session(QDBusConnection::systemBus(), QDBusConnection::sessionBus());
+    QObject::connect(&session, &platform::SessionWatcher::lockRequested, &vault,
+                     &VaultManager::lockIfUnlocked, Qt::DirectConnection);
 
     QQmlApplicationEngine engine;
     engine.addImportPath(QStringLiteral("qrc:/qt/qml"));

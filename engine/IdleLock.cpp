@@ -27,12 +27,8 @@ void VaultManager::restartIdleTimer() {
         QMetaObject::invokeMethod(
             vault,
             [vault] {
-                if (!vault || !vault->isUnlocked())
-                    return;
-                try {
-                    vault->lock();
-                } catch (const VaultError&) {
-                }
+                if (vault)
+                    vault->lockIfUnlocked();
             },
             Qt::QueuedConnection);
     });
@@ -43,4 +39,13 @@ void VaultManager::restartIdleTimer() {
 void VaultManager::stopIdleTimer() {
     delete m_idleTimer.data();
     m_idleTimer = nullptr;
+}
+
+void VaultManager::lockIfUnlocked() {
+    if (!m_isUnlocked)
+        return;
+    try {
+        lock();
+    } catch (const VaultError&) {
+    }
 }

@@ -60,6 +60,9 @@ public:
     // Counts the full idle delay again from now; with a delay of 0 or less, no automatic
     // lock is pending. Called after every vault action.
     Q_INVOKABLE void restartIdleTimer();
+    // The lock of the idle timer, of sleep and screen lock, and of quitting: locks if the
+    // vault is open; a failure has nobody to tell and leaves it open.
+    void lockIfUnlocked();
 
     // Re-keys the image. On success the vault is open again under the new password; the
     // screens see it unlocked throughout.

@@ -1,0 +1,194 @@
+// Locking when the user leaves, against a private message bus with stand-ins for logind and
+// the screensaver.
+
+#include "engine/VaultManager.h"
+#include "platform/SessionWatcher.h"
+#include "support/RecordingRunner.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusObjectPath>
+#include <QDBusUnixFileDescriptor>
+#include <QDir>
+#include <QMutex>
+#include <QThread>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <poll.h>
+#include <unistd.h>
+
+namespace {
+
+const QString kSessionPath = QStringLiteral("/org/freedesktop/login1/session/_3");
+
+// logind as far as Morvanta uses it, answering from a thread of its own as the real one
+// answers from its own process. Each inhibitor is a pipe: the test keeps the read end and
+// sees the inhibitor released when it reads end-of-file.
+class FakeLogind : public QObject {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.login1.Manager")
+
+public:
+    ~FakeLogind() override {
+        if (m_readEnd >= 0)
+            ::close(m_readEnd);
+    }
+
+    QStringList inhibitRequests() const {
+        QMutexLocker locker(&m_mutex);
+        return m_requests;
+    }
+    // Whether the holder still holds the last inhibitor handed out.
+    bool inhibitorHeld() const {
+        QMutexLocker locker(&m_mutex);
+        pollfd fd{m_readEnd, POLLIN, 0};
+        return ::poll(&fd, 1, 0) == 0;
+    }
+
+public slots:
+    QDBusUnixFileDescriptor Inhibit(const QString& what, const QString& who, const QString& why,
+                                    const QString& mode) {
+        QMutexLocker locker(&m_mutex);
+        m_requests.append(QStringList{what, who, why, mode}.join('|'));
+        int fds[2];
+        if (::pipe(fds) != 0)
+            return {};
+        if (m_readEnd >= 0)
+            ::close(m_readEnd);
+        m_readEnd = fds[0];
+        QDBusUnixFileDescriptor handed(fds[1]); // a copy; ours is closed at once
+        ::close(fds[1]);
+        return handed;
+    }
+    QDBusObjectPath GetSessionByPID(uint) { return QDBusObjectPath(kSessionPath); }
+
+private:
+    mutable QMutex m_mutex;
+    QStringList m_requests;
+    int m_readEnd = -1;
+};
+
+} // namespace
+
+class TestSessionWatcher : public QObject {
+    Q_OBJECT
+
+    QProcess m_bus;
+    QString m_address;
+    FakeLogind m_logind;
+    QThread m_logindThread;
+    QTemporaryDir m_support;
+    RecordingRunner m_tool;
+
+    QDBusConnection connection(const QString& name) {
+        return QDBusConnection::connectToBus(m_address, name);
+    }
+    void emitSignal(const QString& path, const QString& interface, const QString& name,
+                    const QVariant& argument = {}) {
+        QDBusMessage message = QDBusMessage::createSignal(path, interface, name);
+        if (argument.isValid())
+            message << argument;
+        QVERIFY(connection("logind").send(message));
+    }
+    void unlock(VaultManager& vault) {
+        m_tool.replies = {{0,
+                           "<plist><dict><key>system-entities</key><array><dict><key>mount-point"
+                           "</key><string>/run/m</string></dict></array></dict></plist>",
+                           {}}};
+        vault.unlock("pw");
+        QVERIFY(vault.isUnlocked());
+    }
+
+private slots:
+    void initTestCase() {
+        m_bus.start("dbus-daemon", {"--session", "--nofork", "--print-address=1"});
+        QVERIFY2(m_bus.waitForStarted(), "dbus-daemon is not installed");
+        QVERIFY(m_bus.waitForReadyRead(10000));
+        m_address = QString::fromUtf8(m_bus.readLine()).trimmed();
+        QDBusConnection logind = connection("logind");
+        QVERIFY(logind.isConnected());
+        QVERIFY(logind.registerService("org.freedesktop.login1"));
+        QVERIFY(logind.registerObject("/org/freedesktop/login1", &m_logind,
+                                      QDBusConnection::ExportAllSlots));
+        m_logind.moveToThread(&m_logindThread);
+        m_logindThread.start();
+    }
+    void cleanupTestCase() {
+        m_logindThread.quit();
+        m_logindThread.wait();
+        m_bus.kill();
+        m_bus.waitForFinished();
+    }
+
+    void locksBeforeSleepWhileHoldingTheInhibitor() {
+        QDir().mkpath(m_support.filePath("vault.gocryptfs"));
+        VaultManager vault(m_support.path(), m_tool.runner());
+        platform::SessionWatcher watcher(connection("system"), connection("session"));
+        QObject::connect(&watcher, &platform::SessionWatcher::lockRequested, &vault,
+                         &VaultManager::lockIfUnlocked, Qt::DirectConnection);
+        QCOMPARE(m_logind.inhibitRequests(),
+                 QStringList{"sleep|Morvanta|Lock the vault before sleeping|delay"});
+        QVERIFY(watcher.holdsSleepInhibitor());
+        QVERIFY(m_logind.inhibitorHeld());
+
+        unlock(vault);
+        bool heldWhenLocked = false;
+        QObject::connect(&vault, &VaultManager::isUnlockedChanged, this,
+                         [&] { heldWhenLocked = m_logind.inhibitorHeld(); });
+        emitSignal("/org/freedesktop/login1", "org.freedesktop.login1.Manager", "PrepareForSleep",
+                   true);
+        QTRY_VERIFY(!vault.isUnlocked());
+        QVERIFY2(heldWhenLocked, "the machine was let sleep before the vault locked");
+        QCOMPARE(m_tool.argLists().last(), (QStringList{"detach", "/run/m"}));
+        QTRY_VERIFY(!m_logind.inhibitorHeld());
+
+        // Awake again: ready for the next sleep.
+        emitSignal("/org/freedesktop/login1", "org.freedesktop.login1.Manager", "PrepareForSleep",
+                   false);
+        QTRY_COMPARE(m_logind.inhibitRequests().size(), 2);
+        QTRY_VERIFY(watcher.holdsSleepInhibitor());
+    }
+
+    void locksWhenTheScreenLocks() {
+        QDir().mkpath(m_support.filePath("vault.gocryptfs"));
+        VaultManager vault(m_support.path(), m_tool.runner());
+        platform::SessionWatcher watcher(connection("system"), connection("session"));
+        QObject::connect(&watcher, &platform::SessionWatcher::lockRequested, &vault,
+                         &VaultManager::lockIfUnlocked, Qt::DirectConnection);
+
+        unlock(vault);
+        emitSignal(kSessionPath, "org.freedesktop.login1.Session", "Lock");
+        QTRY_VERIFY(!vault.isUnlocked());
+
+        unlock(vault);
+        emitSignal("/org/freedesktop/ScreenSaver", "org.freedesktop.ScreenSaver", "ActiveChanged",
+                   false);
+        QTest::qWait(50);
+        QVERIFY(vault.isUnlocked());
+        emitSignal("/org/freedesktop/ScreenSaver", "org.freedesktop.ScreenSaver", "ActiveChanged",
+                   true);
+        QTRY_VERIFY(!vault.isUnlocked());
+
+        unlock(vault);
+        emitSignal("/org/gnome/ScreenSaver", "org.gnome.ScreenSaver", "ActiveChanged", true);
+        QTRY_VERIFY(!vault.isUnlocked());
+
+        // Another session's lock is not ours.
+        unlock(vault);
+        emitSignal("/org/freedesktop/login1/session/_9", "org.freedesktop.login1.Session", "Lock");
+        QTest::qWait(50);
+        QVERIFY(vault.isUnlocked());
+    }
+
+    void withoutABusNothingHappens() {
+        platform::SessionWatcher watcher(
+            QDBusConnection::connectToBus(QStringLiteral("unix:path=/nonexistent/bus"), "none"),
+            QDBusConnection::connectToBus(QStringLiteral("unix:path=/nonexistent/bus"), "none2"));
+        QVERIFY(!watcher.holdsSleepInhibitor());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestSessionWatcher)
+#include "tst_sessionwatcher.moc"
