@@ -45,6 +45,12 @@ void makeSmallFiles(const QString& folder, int count) {
     }
 }
 
+// The same file operations without flushing to stable storage: what durability costs.
+class UnflushedFiles : public platform::FileLayer {
+public:
+    platform::FileError flush(const std::string&) override { return std::nullopt; }
+};
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -88,13 +94,32 @@ int main(int argc, char** argv) {
         }
         rows << add << restore;
     }
+
+    // Durability: an add that flushes (as shipped) against one that does not, on one file.
+    {
+        bench::Comparison flushed{QStringLiteral("add %1 MiB, flushed vs not").arg(bigMiB), {}, {}};
+        const auto unflushed = std::make_shared<UnflushedFiles>();
+        const auto shipped = std::make_shared<platform::FileLayer>();
+        const QUrl original = QUrl::fromLocalFile(outside.filePath("big.bin"));
+        const QUrl inVault = QUrl::fromLocalFile(mount + "/big.bin");
+        for (int i = 0; i < runs; ++i) {
+            vault.setFileLayer(shipped);
+            flushed.morvanta << bench::millisecondsOf([&] { vault.addItem(original); });
+            vault.restoreItem(inVault);
+            vault.setFileLayer(unflushed);
+            flushed.raw << bench::millisecondsOf([&] { vault.addItem(original); });
+            vault.restoreItem(inVault);
+        }
+        vault.setFileLayer(shipped);
+        rows << flushed;
+    }
     bench::printTable(QStringLiteral("Adding and restoring (Morvanta vs cp -a + rm -rf)"), rows, runs);
 
     // Listing: the whole vault (one folder of n small files, measured deep) against du -sb.
     QList<bench::Comparison> listing;
-    for (const int count : {1000, 5000, smallCount}) {
+    for (const int count : {1000, 5000, 20000}) {
         if (count > smallCount)
-            continue;
+            break;
         QDir(mount + "/small").removeRecursively();
         makeSmallFiles(mount + "/small", count);
         bench::Comparison row{QStringLiteral("list, %1 files").arg(count), {}, {}};

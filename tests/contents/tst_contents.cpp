@@ -2,6 +2,7 @@
 // list and in the origins registry, and that every refusal leaves all of it unchanged.
 
 #include "engine/VaultManager.h"
+#include "support/Errors.h"
 #include "support/FuseHarness.h"
 #include "support/RecordingFileLayer.h"
 #include "support/Trees.h"
@@ -18,6 +19,7 @@
 #include <unistd.h>
 
 using testsupport::Detail;
+using testsupport::errorOf;
 using testsupport::readFile;
 using testsupport::treeOf;
 using testsupport::writeFile;
@@ -31,15 +33,6 @@ public:
 };
 
 namespace {
-
-QString errorOf(const std::function<void()>& operation) {
-    try {
-        operation();
-    } catch (const VaultError& error) {
-        return error.errorDescription();
-    }
-    return QStringLiteral("<no error>");
-}
 
 void setModeAndTime(const QString& path, mode_t mode, qint64 mtime) {
     QVERIFY(::chmod(QFile::encodeName(path), mode) == 0);

@@ -6,6 +6,7 @@
 #include "engine/VaultManager.h"
 #include "platform/Hardening.h"
 #include "platform/Process.h"
+#include "support/Errors.h"
 #include "support/FuseHarness.h"
 #include "support/Trees.h"
 
@@ -26,20 +27,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+using testsupport::errorOf;
 using testsupport::readFile;
 using testsupport::treeOf;
 using testsupport::writeFile;
 
 namespace {
-
-QString errorOf(const std::function<void()>& operation) {
-    try {
-        operation();
-    } catch (const VaultError& error) {
-        return error.errorDescription();
-    }
-    return QStringLiteral("<no error>");
-}
 
 // A small tmpfs at `path`, for a file system that runs full. Only root may mount one.
 class SmallFileSystem {
