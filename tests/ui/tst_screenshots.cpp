@@ -3,15 +3,21 @@
 // fatal also makes this the smoke test that every screen's imports and bindings resolve.
 
 #include "support/AppWindow.h"
+#include "support/FuseHarness.h"
 #include "support/RecordingRunner.h"
+#include "support/Trees.h"
 
 #include <QDir>
+#include <QDragEnterEvent>
+#include <QMimeData>
+#include <QTemporaryDir>
 #include <QRegularExpression>
 #include <QTest>
 #include <QtQml/QQmlExtensionPlugin>
 
 Q_IMPORT_QML_PLUGIN(MorvantaPlugin)
 Q_IMPORT_QML_PLUGIN(Morvanta_LockScreensPlugin)
+Q_IMPORT_QML_PLUGIN(Morvanta_BrowserPlugin)
 
 using testsupport::AppWindow;
 
@@ -172,15 +178,40 @@ private slots:
         QVERIFY(app.screenshot("small-setup"));
     }
 
-    void unlockedStandIn() {
-        RecordingRunner tool;
-        AppWindow app(tool.runner());
-        QVERIFY(QDir().mkpath(app.vault().bundlePath()));
-        tool.replies = {attached()};
-        app.vault().unlock("password");
-        QTRY_COMPARE(app.screenName(), "UnlockedPlaceholder");
+    // The vault browser over a real vault: empty, then a dozen items of mixed kinds and
+    // sizes, with each banner, menu, confirmation and sheet in turn.
+    void vaultBrowser() {
+        REQUIRE_FUSE();
+        testsupport::ScopedRuntimeDir runtime;
+        QTemporaryDir home;
+        AppWindow app(testsupport::fastToolRunner());
+        app.vault().createVault("correct horse");
+        app.vault().unlock("correct horse");
+        QTRY_COMPARE(app.screenName(), "VaultView");
         QTRY_COMPARE(app.window()->size(), QSize(800, 635));
-        QVERIFY(app.screenshot("unlocked"));
+        settle();
+        QVERIFY(app.screenshot("browser-empty"));
+
+        const QList<std::pair<QString, qint64>> files = {
+            {"Tax Return 2023.pdf", 1843200},  {"Passport scan.jpg", 734003},
+            {"notes.txt", 842},                {"Budget 2024.ods", 51234},
+            {"Board presentation.odp", 9876543}, {"Old projects.zip", 123456789},
+            {"interview.mp3", 4567890},        {"backup-keys.sh", 1},
+            {"Contract draft.docx", 23456},    {"recovery codes", 0},
+        };
+        for (const auto& [name, size] : files) {
+            const QString path = home.filePath(name);
+            testsupport::writeFile(path, QByteArray(size, 'x'));
+            app.vault().addItem(QUrl::fromLocalFile(path));
+        }
+        QDir().mkpath(home.filePath("Family Photos/2019"));
+        testsupport::writeFile(home.filePath("Family Photos/2019/beach.png"), QByteArray(2500000, 'p'));
+        testsupport::writeFile(home.filePath("Family Photos/cat.png"), QByteArray(800000, 'c'));
+        app.vault().addItem(QUrl::fromLocalFile(home.filePath("Family Photos")));
+        QDir().mkpath(home.filePath("Client Files"));
+        app.vault().addItem(QUrl::fromLocalFile(home.filePath("Client Files")));
+        settle();
+        QVERIFY(app.screenshot("browser-items"));
     }
 };
 
