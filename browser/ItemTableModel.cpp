@@ -66,17 +66,21 @@ int ItemTableModel::compareBy(int column, const VaultItem& a, const VaultItem& b
     return 0;
 }
 
-void ItemTableModel::reload() {
-    QList<VaultItem> rows = m_vault ? m_vault->items() : QList<VaultItem>();
-    // Stable: items equal under every comparator keep the engine's name order.
-    std::stable_sort(rows.begin(), rows.end(), [this](const VaultItem& a, const VaultItem& b) {
-        for (const SortComparator& comparator : m_sortOrder) {
+QList<VaultItem> ItemTableModel::sortedItems(QList<VaultItem> items,
+                                            const QList<SortComparator>& sortOrder) {
+    std::stable_sort(items.begin(), items.end(), [&sortOrder](const VaultItem& a, const VaultItem& b) {
+        for (const SortComparator& comparator : sortOrder) {
             const int order = compareBy(comparator.column, a, b);
             if (order != 0)
                 return comparator.ascending ? order < 0 : order > 0;
         }
         return false;
     });
+    return items;
+}
+
+void ItemTableModel::reload() {
+    QList<VaultItem> rows = sortedItems(m_vault ? m_vault->items() : QList<VaultItem>(), m_sortOrder);
     beginResetModel();
     m_rows = std::move(rows);
     endResetModel();

@@ -50,6 +50,10 @@ public:
 
     // The items in the order shown.
     const QList<VaultItem>& rows() const { return m_rows; }
+    // `items` ordered by the comparators in turn; items equal under all of them keep their
+    // order.
+    static QList<VaultItem> sortedItems(QList<VaultItem> items,
+                                        const QList<SortComparator>& sortOrder);
     Q_INVOKABLE int rowOf(const QUrl& url) const;
     Q_INVOKABLE QUrl urlAt(int row) const;
 
