@@ -42,6 +42,7 @@ Rectangle {
         anchors.margins: 1
         syncView: table
         clip: true
+        reuseItems: false
         boundsBehavior: Flickable.StopAtBounds
 
         delegate: Item {
@@ -94,8 +95,11 @@ Rectangle {
                 height: 14
                 color: Qt.rgba(1, 1, 1, 0.1)
             }
-            TapHandler {
-                onTapped: frame.tableModel.sortBy(headerCell.column)
+            // Every click flips the order, also the second of a quick pair.
+            MouseArea {
+                anchors.fill: parent
+                onClicked: frame.tableModel.sortBy(headerCell.column)
+                onDoubleClicked: frame.tableModel.sortBy(headerCell.column)
             }
         }
     }
@@ -112,6 +116,8 @@ Rectangle {
         anchors.bottomMargin: 1
         model: frame.tableModel
         clip: true
+        // A few dozen rows at most on screen: fresh cells are cheap and never show stale state.
+        reuseItems: false
         focus: true
         boundsBehavior: Flickable.StopAtBounds
         columnWidthProvider: function (column) {

@@ -390,9 +390,9 @@ Item {
             const entries = browser.rowMenu(url)
             for (const entry of entries) {
                 if (entry.action === "divider") {
-                    addItem(dividerEntry.createObject(rowMenu))
+                    addItem(dividerEntry.createObject(rowMenu.contentItem))
                 } else {
-                    addItem(menuEntry.createObject(rowMenu, {
+                    addItem(menuEntry.createObject(rowMenu.contentItem, {
                         objectName: "rowMenu." + entry.action,
                         text: entry.title,
                         symbol: entry.symbol,
