@@ -12,8 +12,8 @@ class ItemIcon : public QQuickPaintedItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QString path READ path WRITE setPath NOTIFY pathChanged)
-    Q_PROPERTY(QColor fallbackColor READ fallbackColor WRITE setFallbackColor NOTIFY
-                   fallbackColorChanged)
+    Q_PROPERTY(
+        QColor fallbackColor READ fallbackColor WRITE setFallbackColor NOTIFY fallbackColorChanged)
     Q_PROPERTY(bool fromTheme READ fromTheme NOTIFY pathChanged)
 
 public:

@@ -18,8 +18,7 @@ const QCollator& collator() {
     return c;
 }
 
-template <typename T>
-int threeWay(const T& a, const T& b) {
+template <typename T> int threeWay(const T& a, const T& b) {
     return a < b ? -1 : (b < a ? 1 : 0);
 }
 
@@ -67,20 +66,22 @@ int ItemTableModel::compareBy(int column, const VaultItem& a, const VaultItem& b
 }
 
 QList<VaultItem> ItemTableModel::sortedItems(QList<VaultItem> items,
-                                            const QList<SortComparator>& sortOrder) {
-    std::stable_sort(items.begin(), items.end(), [&sortOrder](const VaultItem& a, const VaultItem& b) {
-        for (const SortComparator& comparator : sortOrder) {
-            const int order = compareBy(comparator.column, a, b);
-            if (order != 0)
-                return comparator.ascending ? order < 0 : order > 0;
-        }
-        return false;
-    });
+                                             const QList<SortComparator>& sortOrder) {
+    std::stable_sort(items.begin(), items.end(),
+                     [&sortOrder](const VaultItem& a, const VaultItem& b) {
+                         for (const SortComparator& comparator : sortOrder) {
+                             const int order = compareBy(comparator.column, a, b);
+                             if (order != 0)
+                                 return comparator.ascending ? order < 0 : order > 0;
+                         }
+                         return false;
+                     });
     return items;
 }
 
 void ItemTableModel::reload() {
-    QList<VaultItem> rows = sortedItems(m_vault ? m_vault->items() : QList<VaultItem>(), m_sortOrder);
+    QList<VaultItem> rows =
+        sortedItems(m_vault ? m_vault->items() : QList<VaultItem>(), m_sortOrder);
     beginResetModel();
     m_rows = std::move(rows);
     endResetModel();

@@ -56,8 +56,8 @@ void PasswordChangeForm::setBusy(bool busy) {
 }
 
 bool PasswordChangeForm::canChange() const {
-    return !m_busy && !m_oldPw.isEmpty() &&
-           SetupForm::characterCount(m_newPw) >= kMinimumLength && m_newPw == m_confirmPw;
+    return !m_busy && !m_oldPw.isEmpty() && SetupForm::characterCount(m_newPw) >= kMinimumLength &&
+           m_newPw == m_confirmPw;
 }
 
 QString PasswordChangeForm::buttonTitle() const {

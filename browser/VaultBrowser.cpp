@@ -212,10 +212,10 @@ void VaultBrowser::itemsChanged() {
 QVariantList VaultBrowser::rowMenu(const QUrl& url) const {
     if (url.isEmpty())
         return {};
-    QVariantList entries{menuEntry(QStringLiteral("open"), QStringLiteral("Open"),
-                                   QStringLiteral("folder")),
-                         menuEntry(QStringLiteral("rename"), QStringLiteral("Rename\u2026"),
-                                   QStringLiteral("pencil"))};
+    QVariantList entries{
+        menuEntry(QStringLiteral("open"), QStringLiteral("Open"), QStringLiteral("folder")),
+        menuEntry(QStringLiteral("rename"), QStringLiteral("Rename\u2026"),
+                  QStringLiteral("pencil"))};
     if (m_vault && !m_vault->mountPoint().isEmpty() && m_vault->restoreFolder(url)) {
         entries.append(menuEntry(QStringLiteral("restore"),
                                  QStringLiteral("Restore to Original Location"),
@@ -224,8 +224,8 @@ QVariantList VaultBrowser::rowMenu(const QUrl& url) const {
     entries.append(menuEntry(QStringLiteral("moveOut"), QStringLiteral("Move Out\u2026"),
                              QStringLiteral("arrow.up.doc")));
     entries.append(menuEntry(QStringLiteral("divider"), {}, {}));
-    entries.append(
-        menuEntry(QStringLiteral("delete"), QStringLiteral("Delete"), QStringLiteral("trash"), true));
+    entries.append(menuEntry(QStringLiteral("delete"), QStringLiteral("Delete"),
+                             QStringLiteral("trash"), true));
     return entries;
 }
 

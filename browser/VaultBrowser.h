@@ -38,8 +38,8 @@ class VaultBrowser : public QObject {
     Q_PROPERTY(bool isDragOver READ isDragOver WRITE setDragOver NOTIFY isDragOverChanged)
     Q_PROPERTY(
         bool confirmDelete READ confirmDelete WRITE setConfirmDelete NOTIFY confirmDeleteChanged)
-    Q_PROPERTY(
-        bool confirmRestore READ confirmRestore WRITE setConfirmRestore NOTIFY confirmRestoreChanged)
+    Q_PROPERTY(bool confirmRestore READ confirmRestore WRITE setConfirmRestore NOTIFY
+                   confirmRestoreChanged)
     Q_PROPERTY(QUrl renameTarget READ renameTarget WRITE setRenameTarget NOTIFY renameTargetChanged)
     Q_PROPERTY(QString renameText READ renameText WRITE setRenameText NOTIFY renameTextChanged)
     Q_PROPERTY(bool busy READ busy NOTIFY busyChanged)

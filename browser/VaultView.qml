@@ -364,7 +364,7 @@ Item {
         anchors.margins: 8
         visible: browser.isDragOver
         radius: 16
-        color: Qt.rgba(Theme.gold.r, Theme.gold.g, Theme.gold.b, 0.09)
+        color: Qt.rgba(Theme.gold.r, Theme.gold.g, Theme.gold.b, 0.13)
         border.width: 2
         border.color: Qt.rgba(Theme.gold.r, Theme.gold.g, Theme.gold.b, 0.75)
     }
@@ -497,6 +497,12 @@ Item {
             renameField.selectAll()
         }
 
+        Label {
+            text: "Name"
+            color: Theme.secondaryText
+            font.pixelSize: 12
+            font.weight: Font.DemiBold
+        }
         TextField {
             id: renameField
             objectName: "renameField"
@@ -555,10 +561,12 @@ Item {
         objectName: "aboutSheet"
         parent: T.Overlay.overlay
         anchors.centerIn: parent
-        width: 600
-        height: 600
+        // The welcome pages' own size, as long as the window leaves room for it.
+        width: Math.min(600, root.width - 16)
+        height: Math.min(600, root.height - 16)
         padding: 0
         modal: true
+        focus: true
         closePolicy: Popup.CloseOnEscape
         onClosed: browser.showAbout = false
 
@@ -588,6 +596,7 @@ Item {
         width: 420
         padding: 20
         modal: true
+        focus: true
         closePolicy: Popup.CloseOnEscape
         enter: null
         exit: null

@@ -10,7 +10,9 @@
 
 namespace {
 
-std::string local(const QString& path) { return QFile::encodeName(path).toStdString(); }
+std::string local(const QString& path) {
+    return QFile::encodeName(path).toStdString();
+}
 
 } // namespace
 
@@ -35,7 +37,8 @@ void VaultManager::renameItem(const QUrl& url, const QString& newName) {
         throw VaultError::ioFailed(QStringLiteral("An item named \u201C") + finalName +
                                    QStringLiteral("\u201D is already in the vault."));
     }
-    if (const platform::FileError error = m_files->moveItem(local(url.toLocalFile()), local(destination)))
+    if (const platform::FileError error =
+            m_files->moveItem(local(url.toLocalFile()), local(destination)))
         throw VaultError::ioFailed(QString::fromStdString(*error));
 
     const QMap<QString, QString> origins = loadOrigins();

@@ -44,9 +44,8 @@ std::optional<QList<QUrl>> Panels::runOpenPanel(const OpenPanelOptions& options)
     if (!qobject_cast<QApplication*>(QCoreApplication::instance()))
         return std::nullopt;
     const bool both = options.canChooseFiles && options.canChooseDirectories;
-    std::unique_ptr<QFileDialog> dialog =
-        both ? std::make_unique<FilesAndFoldersDialog>(noParent())
-             : std::make_unique<QFileDialog>(noParent());
+    std::unique_ptr<QFileDialog> dialog = both ? std::make_unique<FilesAndFoldersDialog>(noParent())
+                                               : std::make_unique<QFileDialog>(noParent());
     dialog->setWindowTitle(options.message.isEmpty() ? options.prompt : options.message);
     dialog->setLabelText(QFileDialog::Accept, options.prompt);
     dialog->setAcceptMode(QFileDialog::AcceptOpen);

@@ -126,13 +126,18 @@ private slots:
         QTest::addColumn<QString>("prefill");
         QTest::addColumn<QString>("message");
         const QString generic = "Enter a new name for this item.";
-        QTest::newRow("two dots") << "Report.final.pdf" << "Report.final"
+        QTest::newRow("two dots") << "Report.final.pdf"
+                                  << "Report.final"
                                   << "Enter a new name. The \u201C.pdf\u201D extension is kept so "
                                      "the item still opens correctly.";
-        QTest::newRow("folder") << "Photos" << "Photos" << generic;
-        QTest::newRow("leading dot") << ".hidden-notes" << ".hidden-notes" << generic;
-        QTest::newRow("trailing dot") << "draft." << "draft." << generic;
-        QTest::newRow("spaces") << "My Notes.app" << "My Notes"
+        QTest::newRow("folder") << "Photos"
+                                << "Photos" << generic;
+        QTest::newRow("leading dot") << ".hidden-notes"
+                                     << ".hidden-notes" << generic;
+        QTest::newRow("trailing dot") << "draft."
+                                      << "draft." << generic;
+        QTest::newRow("spaces") << "My Notes.app"
+                                << "My Notes"
                                 << "Enter a new name. The \u201C.app\u201D extension is kept so "
                                    "the item still opens correctly.";
     }
@@ -159,26 +164,26 @@ private slots:
 
     // The table compares the items' sort keys, never the texts it shows.
     void sortingByTheKeys() {
-        const QList<VaultItem> items = {
-            item("b-nine.txt", 9), item("A-ten-k.txt", 10000), item("c-two-m.txt", 2000000),
-            item("unmeasured", std::nullopt), item("empty.txt", 0)};
-        QCOMPARE(names(ItemTableModel::sortedItems(items, {{ItemTableModel::SizeColumn, true}})),
-                 QStringList({"unmeasured", "empty.txt", "b-nine.txt", "A-ten-k.txt",
-                              "c-two-m.txt"}));
-        QCOMPARE(names(ItemTableModel::sortedItems(items, {{ItemTableModel::SizeColumn, false}})),
-                 QStringList({"c-two-m.txt", "A-ten-k.txt", "b-nine.txt", "empty.txt",
-                              "unmeasured"}));
-        QCOMPARE(names(ItemTableModel::sortedItems(items, {{ItemTableModel::NameColumn, true}})),
-                 QStringList({"A-ten-k.txt", "b-nine.txt", "c-two-m.txt", "empty.txt",
-                              "unmeasured"}));
+        const QList<VaultItem> items = {item("b-nine.txt", 9), item("A-ten-k.txt", 10000),
+                                        item("c-two-m.txt", 2000000),
+                                        item("unmeasured", std::nullopt), item("empty.txt", 0)};
+        QCOMPARE(
+            names(ItemTableModel::sortedItems(items, {{ItemTableModel::SizeColumn, true}})),
+            QStringList({"unmeasured", "empty.txt", "b-nine.txt", "A-ten-k.txt", "c-two-m.txt"}));
+        QCOMPARE(
+            names(ItemTableModel::sortedItems(items, {{ItemTableModel::SizeColumn, false}})),
+            QStringList({"c-two-m.txt", "A-ten-k.txt", "b-nine.txt", "empty.txt", "unmeasured"}));
+        QCOMPARE(
+            names(ItemTableModel::sortedItems(items, {{ItemTableModel::NameColumn, true}})),
+            QStringList({"A-ten-k.txt", "b-nine.txt", "c-two-m.txt", "empty.txt", "unmeasured"}));
 
         // Names that differ only in case are equal: the next comparator decides, and
         // without one they keep their order.
         const QList<VaultItem> cased = {item("notes", 5), item("Notes", 1), item("NOTES", 3)};
         QCOMPARE(names(ItemTableModel::sortedItems(cased, {{ItemTableModel::NameColumn, true}})),
                  QStringList({"notes", "Notes", "NOTES"}));
-        QCOMPARE(names(ItemTableModel::sortedItems(
-                     cased, {{ItemTableModel::NameColumn, false}, {ItemTableModel::SizeColumn, true}})),
+        QCOMPARE(names(ItemTableModel::sortedItems(cased, {{ItemTableModel::NameColumn, false},
+                                                           {ItemTableModel::SizeColumn, true}})),
                  QStringList({"Notes", "NOTES", "notes"}));
 
         const QList<VaultItem> dated = {item("new", 1, QDateTime(QDate(2024, 5, 1), QTime(9, 0))),
@@ -210,7 +215,8 @@ private slots:
     void modelFollowsTheVault() {
         OpenFakeVault fake({"beta.txt", "Alpha.pdf"});
         ItemTableModel model;
-        QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        QAbstractItemModelTester tester(&model,
+                                        QAbstractItemModelTester::FailureReportingMode::QtTest);
         model.setVault(fake.vault.get());
         QCOMPARE(model.rowCount(), 2);
         QCOMPARE(model.columnCount(), 4);
@@ -218,7 +224,8 @@ private slots:
         QCOMPARE(model.data(model.index(0, 0)).toString(), "Alpha.pdf");
         QCOMPARE(model.data(model.index(0, 1)).toString(), byteCountText(1));
         QCOMPARE(model.data(model.index(0, 2)).toString(), "PDF document");
-        QCOMPARE(model.data(model.index(0, 0), ItemTableModel::UrlRole).toUrl(), fake.url("Alpha.pdf"));
+        QCOMPARE(model.data(model.index(0, 0), ItemTableModel::UrlRole).toUrl(),
+                 fake.url("Alpha.pdf"));
         QCOMPARE(model.rowOf(fake.url("beta.txt")), 1);
 
         model.sortBy(ItemTableModel::NameColumn);
@@ -264,12 +271,14 @@ private slots:
         const QVariantMap restore = browser.rowMenu(fake.url("Taxes.pdf"))[2].toMap();
         QCOMPARE(restore.value("title").toString(), "Restore to Original Location");
         QCOMPARE(restore.value("symbol").toString(), "arrow.uturn.backward");
-        QVERIFY(browser.rowMenu(fake.url("Taxes.pdf")).last().toMap().value("destructive").toBool());
+        QVERIFY(
+            browser.rowMenu(fake.url("Taxes.pdf")).last().toMap().value("destructive").toBool());
 
         // The confirmation's message is built from the record as it opens.
         browser.setSelection(fake.url("Taxes.pdf"));
         browser.setConfirmRestore(true);
-        QCOMPARE(browser.restoreMessage(), restoreMessage("Taxes.pdf", QString("/home/me/Documents")));
+        QCOMPARE(browser.restoreMessage(),
+                 restoreMessage("Taxes.pdf", QString("/home/me/Documents")));
 
         fake.writeOrigins(R"({"Taxes.pdf":42})");
         QCOMPARE(actions(fake.url("Taxes.pdf")), withoutRestore);
@@ -354,19 +363,20 @@ private slots:
         VaultBrowser browser;
         browser.setVault(fake.vault.get());
         browser.setError("kept");
-        QCOMPARE(idleRestarts(*fake.vault,
-                              [&] {
-                                  QVERIFY(!browser.handleDrop(
-                                      {QUrl("https://example.org/a.txt"), QUrl()}));
-                              }),
+        QCOMPARE(idleRestarts(
+                     *fake.vault,
+                     [&] {
+                         QVERIFY(!browser.handleDrop({QUrl("https://example.org/a.txt"), QUrl()}));
+                     }),
                  1);
         QCOMPARE(browser.error(), QString());
 
         fake.vault->publishLockedState();
         browser.setError("kept");
-        QCOMPARE(idleRestarts(*fake.vault,
-                              [&] { QVERIFY(!browser.handleDrop({QUrl::fromLocalFile("/tmp/x")})); }),
-                 0);
+        QCOMPARE(
+            idleRestarts(*fake.vault,
+                         [&] { QVERIFY(!browser.handleDrop({QUrl::fromLocalFile("/tmp/x")})); }),
+            0);
         QCOMPARE(browser.error(), "kept");
         QVERIFY(!browser.busy());
     }
@@ -424,16 +434,28 @@ private slots:
         QTest::addColumn<QString>("newPw");
         QTest::addColumn<QString>("confirmPw");
         QTest::addColumn<bool>("enabled");
-        QTest::newRow("valid") << "old" << "12345678" << "12345678" << true;
-        QTest::newRow("seven characters") << "old" << "1234567" << "1234567" << false;
-        QTest::newRow("trailing space") << "old" << "12345678" << "12345678 " << false;
-        QTest::newRow("no current password") << "" << "12345678" << "12345678" << false;
-        QTest::newRow("same as before") << "12345678" << "12345678" << "12345678" << true;
+        QTest::newRow("valid") << "old"
+                               << "12345678"
+                               << "12345678" << true;
+        QTest::newRow("seven characters") << "old"
+                                          << "1234567"
+                                          << "1234567" << false;
+        QTest::newRow("trailing space") << "old"
+                                        << "12345678"
+                                        << "12345678 " << false;
+        QTest::newRow("no current password") << ""
+                                             << "12345678"
+                                             << "12345678" << false;
+        QTest::newRow("same as before") << "12345678"
+                                        << "12345678"
+                                        << "12345678" << true;
         // Eight characters as a person counts them, whatever their encoding.
-        QTest::newRow("accents") << "old" << "cafe\u0301cafe\u0301" << "cafe\u0301cafe\u0301"
-                                 << true;
-        QTest::newRow("seven with accents") << "old" << "cafe\u0301caf" << "cafe\u0301caf"
-                                            << false;
+        QTest::newRow("accents") << "old"
+                                 << "cafe\u0301cafe\u0301"
+                                 << "cafe\u0301cafe\u0301" << true;
+        QTest::newRow("seven with accents") << "old"
+                                            << "cafe\u0301caf"
+                                            << "cafe\u0301caf" << false;
         QTest::newRow("emoji") << "old" << QString::fromUtf8("\U0001F510\U0001F511abcdef")
                                << QString::fromUtf8("\U0001F510\U0001F511abcdef") << true;
     }
@@ -489,8 +511,8 @@ private slots:
         QCOMPARE(succeeded.count(), 1);
         QVERIFY(form.busy());
         QCOMPARE(fake.tool.calls[1].args.first(), "chpass");
-        QCOMPARE(*fake.tool.calls[1].stdinText, QString("the password") + QChar(0) +
-                                                    "a new password" + QChar(0));
+        QCOMPARE(*fake.tool.calls[1].stdinText,
+                 QString("the password") + QChar(0) + "a new password" + QChar(0));
         // Shown again later, the sheet starts empty and available.
         form.reset();
         QVERIFY(!form.busy());

@@ -151,9 +151,7 @@ class TestBrowserWindow : public QObject {
     Q_OBJECT
 
 private slots:
-    void init() {
-        QTest::failOnWarning(QRegularExpression(".*"));
-    }
+    void init() { QTest::failOnWarning(QRegularExpression(".*")); }
 
     void emptyVaultThenCounts() {
         REQUIRE_FUSE();
@@ -206,7 +204,8 @@ private slots:
         v.added("A-ten-k.txt", 10000);
         v.added("c-two-m.txt", 2000000);
         v.added("D-empty.txt", 0);
-        QCOMPARE(v.rowNames(), QStringList({"A-ten-k.txt", "b-nine.txt", "c-two-m.txt", "D-empty.txt"}));
+        QCOMPARE(v.rowNames(),
+                 QStringList({"A-ten-k.txt", "b-nine.txt", "c-two-m.txt", "D-empty.txt"}));
 
         // By byte count, not by the text shown ("10.0 kB" < "2.0 MB" < "9 bytes").
         v.app.click("header.Size");
@@ -340,7 +339,8 @@ private slots:
         QCOMPARE(v.browser()->property("selection").toUrl(), notes);
         QVERIFY(v.rowNames().contains("notes.txt"));
 
-        v.app.panels().openAnswers = {QList<QUrl>{QUrl::fromLocalFile(v.home.filePath("Elsewhere"))}};
+        v.app.panels().openAnswers = {
+            QList<QUrl>{QUrl::fromLocalFile(v.home.filePath("Elsewhere"))}};
         v.chooseAction("moveOut");
         v.waitIdle();
         QVERIFY(QFileInfo::exists(v.home.filePath("Elsewhere/notes.txt")));
