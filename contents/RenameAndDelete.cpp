@@ -10,9 +10,7 @@
 
 namespace {
 
-std::string local(const QString& path) {
-    return QFile::encodeName(path).toStdString();
-}
+std::string local(const QString& path) { return QFile::encodeName(path).toStdString(); }
 
 } // namespace
 
@@ -37,8 +35,7 @@ void VaultManager::renameItem(const QUrl& url, const QString& newName) {
         throw VaultError::ioFailed(QStringLiteral("An item named \u201C") + finalName +
                                    QStringLiteral("\u201D is already in the vault."));
     }
-    if (const platform::FileError error =
-            m_files->moveItem(local(url.toLocalFile()), local(destination)))
+    if (const platform::FileError error = m_files->moveItem(local(url.toLocalFile()), local(destination)))
         throw VaultError::ioFailed(QString::fromStdString(*error));
 
     const QMap<QString, QString> origins = loadOrigins();
