@@ -147,8 +147,6 @@ Item {
                 implicitHeight: 32
                 leftPadding: 12
                 rightPadding: 14
-                enabled: !browser.busy
-                opacity: enabled ? 1 : 0.5
                 text: "Add to Vault"
                 font.pixelSize: 13
                 font.weight: Font.DemiBold
@@ -181,7 +179,7 @@ Item {
                 implicitHeight: 32
                 leftPadding: 10
                 rightPadding: 12
-                enabled: browser.selection.toString() !== "" && !browser.busy
+                enabled: browser.selection.toString() !== ""
                 opacity: enabled ? 1 : 0.4
                 hoverEnabled: true
                 text: "Actions"
@@ -426,7 +424,6 @@ Item {
             objectName: "gear.backup"
             text: "Back Up Vault\u2026"
             symbol: "externaldrive.fill.badge.checkmark"
-            enabled: !browser.busy
             onTriggered: browser.backupVault()
         }
         BrowserMenuItem {

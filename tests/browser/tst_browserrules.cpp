@@ -6,6 +6,7 @@
 #include "browser/ItemTableModel.h"
 #include "browser/PasswordChangeForm.h"
 #include "browser/VaultBrowser.h"
+#include "support/ChildCounter.h"
 #include "support/RecordingRunner.h"
 #include "support/ScriptedPanels.h"
 #include "support/Trees.h"
@@ -64,23 +65,12 @@ struct OpenFakeVault {
     }
 };
 
-// Counts the idle timers the engine starts: each restart makes a new one, the engine's only
-// child. (The child is announced before it is a timer, so any child counts.)
+// How often the engine's idle timer is restarted while `action` runs.
 int idleRestarts(VaultManager& vault, const std::function<void()>& action) {
-    int started = 0;
-    struct Filter : QObject {
-        int* count;
-        bool eventFilter(QObject*, QEvent* event) override {
-            if (event->type() == QEvent::ChildAdded)
-                ++*count;
-            return false;
-        }
-    } filter;
-    filter.count = &started;
-    vault.installEventFilter(&filter);
+    int restarts = 0;
+    ChildCounter counter(&vault, restarts);
     action();
-    vault.removeEventFilter(&filter);
-    return started;
+    return restarts;
 }
 
 } // namespace

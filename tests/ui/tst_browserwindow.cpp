@@ -5,6 +5,7 @@
 
 #include "browser/ItemTableModel.h"
 #include "support/AppWindow.h"
+#include "support/ChildCounter.h"
 #include "support/FuseHarness.h"
 #include "support/Trees.h"
 
@@ -358,8 +359,12 @@ private slots:
                  "The vault holds the only copy of \u201Cdiary.txt\u201D \u2014 deleting it erases "
                  "it from your computer entirely. This can\u2019t be undone.");
         QCOMPARE(v.text("deleteDialogConfirm"), "Delete");
+        // The action counts as activity before and after the engine's work.
+        int idleRestarts = 0;
+        ChildCounter counter(&v.app.vault(), idleRestarts);
         v.app.click("deleteDialogConfirm");
         v.waitIdle();
+        QCOMPARE(idleRestarts, 2);
         QCOMPARE(v.text("successBannerText"), "Deleted permanently.");
         QVERIFY(!QFileInfo::exists(diary.toLocalFile()));
         QVERIFY(v.shown("emptyState"));
