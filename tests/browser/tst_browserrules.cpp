@@ -277,44 +277,6 @@ private slots:
         QVERIFY(browser.rowMenu(QUrl()).isEmpty());
     }
 
-    void rowMenuEntriesSelectTheirItemFirst() {
-        OpenFakeVault fake({"a.txt", "Photos"});
-        ScriptedPanels panels;
-        RecordingWorkspace workspace;
-        VaultBrowser browser;
-        browser.setVault(fake.vault.get());
-        browser.setPanels(&panels);
-        browser.setWorkspace(&workspace);
-
-        browser.chooseRowMenuEntry("open", fake.url("a.txt"));
-        QCOMPARE(browser.selection(), fake.url("a.txt"));
-        QCOMPARE(workspace.opened, QList<QUrl>({fake.url("a.txt")}));
-
-        browser.chooseRowMenuEntry("rename", fake.url("Photos"));
-        QCOMPARE(browser.selection(), fake.url("Photos"));
-        QCOMPARE(browser.renameTarget(), fake.url("Photos"));
-        QCOMPARE(browser.renameText(), "Photos");
-        QCOMPARE(browser.renameMessage(), "Enter a new name for this item.");
-
-        browser.chooseRowMenuEntry("delete", fake.url("a.txt"));
-        QVERIFY(browser.confirmDelete());
-        QCOMPARE(browser.deleteMessage(), deleteMessage("a.txt"));
-
-        // Moving out asks for a destination outside the vault; cancelled, nothing changes.
-        browser.setError("earlier failure");
-        browser.chooseRowMenuEntry("moveOut", fake.url("a.txt"));
-        QCOMPARE(panels.openRequests.size(), 1);
-        QCOMPARE(panels.openRequests[0], VaultBrowser::moveOutPanelOptions());
-        QVERIFY(!panels.openRequests[0].canChooseFiles);
-        QVERIFY(panels.openRequests[0].canChooseDirectories);
-        QCOMPARE(panels.openRequests[0].prompt, "Move Here");
-        QCOMPARE(panels.openRequests[0].message, "Choose destination outside the vault.");
-        QCOMPARE(browser.selection(), fake.url("a.txt"));
-        QCOMPARE(browser.error(), QString());
-        QVERIFY(!browser.busy());
-        QVERIFY(fake.tool.calls.isEmpty());
-    }
-
     // A cancelled panel is no failure: no banner, and only the action's opening restart of
     // the idle timer.
     void cancelledPanelsChangeNothing() {

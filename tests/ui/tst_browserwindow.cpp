@@ -336,7 +336,11 @@ private slots:
         // A cancelled destination changes nothing.
         v.select(notes);
         v.chooseAction("moveOut");
-        QCOMPARE(v.app.panels().openRequests.last().prompt, "Move Here");
+        const platform::OpenPanelOptions asked = v.app.panels().openRequests.last();
+        QCOMPARE(asked.prompt, "Move Here");
+        QCOMPARE(asked.message, "Choose destination outside the vault.");
+        QVERIFY(asked.canChooseDirectories && !asked.canChooseFiles);
+        QVERIFY(!asked.allowsMultipleSelection);
         QCOMPARE(v.browser()->property("selection").toUrl(), notes);
         QVERIFY(v.rowNames().contains("notes.txt"));
 
