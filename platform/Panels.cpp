@@ -3,9 +3,7 @@
 #include <QApplication>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QGuiApplication>
 #include <QMimeDatabase>
-#include <QWindow>
 
 namespace platform {
 
@@ -30,10 +28,10 @@ public:
     }
 };
 
-QWidget* noParent() {
-    // The dialogs are top-level windows over the Qt Quick window; they stay modal to the
-    // whole application.
-    return nullptr;
+// Qt's file dialogs are widgets; without a widgets application there is nobody to ask, which
+// answers as a cancel would.
+bool canShowDialogs() {
+    return qobject_cast<QApplication*>(QCoreApplication::instance()) != nullptr;
 }
 
 } // namespace
@@ -41,11 +39,11 @@ QWidget* noParent() {
 Panels::Panels(QObject* parent) : QObject(parent) {}
 
 std::optional<QList<QUrl>> Panels::runOpenPanel(const OpenPanelOptions& options) {
-    if (!qobject_cast<QApplication*>(QCoreApplication::instance()))
+    if (!canShowDialogs())
         return std::nullopt;
     const bool both = options.canChooseFiles && options.canChooseDirectories;
-    std::unique_ptr<QFileDialog> dialog = both ? std::make_unique<FilesAndFoldersDialog>(noParent())
-                                               : std::make_unique<QFileDialog>(noParent());
+    std::unique_ptr<QFileDialog> dialog =
+        both ? std::make_unique<FilesAndFoldersDialog>() : std::make_unique<QFileDialog>();
     dialog->setWindowTitle(options.message.isEmpty() ? options.prompt : options.message);
     dialog->setLabelText(QFileDialog::Accept, options.prompt);
     dialog->setAcceptMode(QFileDialog::AcceptOpen);
@@ -61,6 +59,7 @@ std::optional<QList<QUrl>> Panels::runOpenPanel(const OpenPanelOptions& options)
         dialog->setFileMode(options.allowsMultipleSelection ? QFileDialog::ExistingFiles
                                                             : QFileDialog::ExistingFile);
     }
+    // Top-level over the Qt Quick window, and modal to the whole application.
     dialog->setWindowModality(Qt::ApplicationModal);
     if (dialog->exec() != QDialog::Accepted)
         return std::nullopt;
@@ -73,9 +72,9 @@ std::optional<QList<QUrl>> Panels::runOpenPanel(const OpenPanelOptions& options)
 }
 
 std::optional<QUrl> Panels::runSavePanel(const SavePanelOptions& options) {
-    if (!qobject_cast<QApplication*>(QCoreApplication::instance()))
+    if (!canShowDialogs())
         return std::nullopt;
-    QFileDialog dialog(noParent());
+    QFileDialog dialog;
     dialog.setWindowTitle(options.title);
     dialog.setLabelText(QFileDialog::Accept, options.prompt);
     dialog.setAcceptMode(QFileDialog::AcceptSave);
