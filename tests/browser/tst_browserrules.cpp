@@ -333,6 +333,21 @@ private slots:
         QVERIFY(!browser.busy());
     }
 
+    // The screen stays, with the engine's text, when the vault cannot be detached.
+    void aFailedLockLeavesTheErrorBanner() {
+        OpenFakeVault fake;
+        VaultBrowser browser;
+        browser.setVault(fake.vault.get());
+        browser.setSuccess("Renamed.");
+        const QString busy = "morvanta-hdiutil: detach failed - Resource busy.";
+        fake.tool.replies = {{1, {}, busy}, {1, {}, busy}, {1, {}, "info failed"}};
+        browser.lock();
+        QCOMPARE(browser.success(), QString());
+        QTRY_VERIFY(!browser.busy());
+        QCOMPARE(browser.error(), "Lock failed: " + busy);
+        QVERIFY(fake.vault->isUnlocked());
+    }
+
     void idleChoicesSetTheEngineAndCountFromNow() {
         OpenFakeVault fake;
         VaultBrowser browser;
