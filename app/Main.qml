@@ -1,6 +1,7 @@
 import QtQuick
 import QtQuick.Controls.Basic
 import Morvanta.LockScreens
+import Morvanta.Browser
 
 // The application's one window.
 ApplicationWindow {
@@ -8,6 +9,8 @@ ApplicationWindow {
 
     required property VaultManager vault
     required property Settings settings
+    required property Panels panels
+    required property Workspace workspace
 
     width: 600
     height: 600
@@ -23,6 +26,8 @@ ApplicationWindow {
         anchors.fill: parent
         vault: window.vault
         settings: window.settings
+        panels: window.panels
+        workspace: window.workspace
     }
 
     onClosing: rootView.contentDisappearing()

@@ -112,16 +112,6 @@ void RootRouter::applyWindowTitle() {
     });
 }
 
-void RootRouter::lockVault() {
-    if (!m_vault || !m_vault->isUnlocked())
-        return;
-    try {
-        m_vault->lock();
-    } catch (const VaultError&) {
-        // The vault stays open and shown as open; there is nothing better to do here.
-    }
-}
-
 void RootRouter::contentDisappearing() {
     if (!m_vault || !m_vault->isUnlocked())
         return;

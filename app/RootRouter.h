@@ -46,9 +46,6 @@ public:
     // Titles every window of the application by the disguise, in every state.
     void applyWindowTitle();
 
-    // Locks the open vault from the stand-in for the vault browser.
-    Q_INVOKABLE void lockVault();
-
     // The window is closing: an open vault is locked. A failure can no longer be shown.
     Q_INVOKABLE void contentDisappearing();
 

@@ -1,6 +1,7 @@
 import QtQuick
 import Morvanta
 import Morvanta.LockScreens
+import Morvanta.Browser
 
 // The window's content: welcome pages, setup, lock screen or the open vault, as the
 // engine's state and the disguise say.
@@ -9,6 +10,8 @@ Item {
 
     required property VaultManager vault
     required property Settings settings
+    required property Panels panels
+    required property Workspace workspace
 
     readonly property RootRouter router: router
 
@@ -63,9 +66,11 @@ Item {
     }
     Component {
         id: unlocked
-        UnlockedPlaceholder {
-            router: root.router
-            mountPoint: root.vault.mountPoint
+        VaultView {
+            vault: root.vault
+            settings: root.settings
+            panels: root.panels
+            workspace: root.workspace
         }
     }
 }

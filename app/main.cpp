@@ -1,12 +1,14 @@
 #include "AppPalette.h"
 #include "engine/VaultManager.h"
 #include "platform/Hardening.h"
+#include "platform/Panels.h"
 #include "platform/QuitSignals.h"
 #include "platform/SessionWatcher.h"
 #include "platform/Settings.h"
 #include "platform/SingleInstance.h"
+#include "platform/Workspace.h"
 
-#include <QGuiApplication>
+#include <QApplication>
 #include <QIcon>
 #include <QQmlApplicationEngine>
 #include <QQuickWindow>
@@ -15,12 +17,14 @@
 
 Q_IMPORT_QML_PLUGIN(MorvantaPlugin)
 Q_IMPORT_QML_PLUGIN(Morvanta_LockScreensPlugin)
+Q_IMPORT_QML_PLUGIN(Morvanta_BrowserPlugin)
 
 int main(int argc, char* argv[]) {
     // The master password lives in this process while the vault is open.
     platform::hardenProcess();
 
-    QGuiApplication app(argc, argv);
+    // A widgets application only for the file pickers, which Qt offers as widgets.
+    QApplication app(argc, argv);
     QGuiApplication::setOrganizationName(QStringLiteral("Morvanta"));
     QGuiApplication::setApplicationName(QStringLiteral("Morvanta"));
     QGuiApplication::setDesktopFileName(QStringLiteral("morvanta"));
@@ -35,6 +39,8 @@ int main(int argc, char* argv[]) {
         return 0;
 
     platform::Settings settings;
+    platform::Panels panels;
+    platform::Workspace workspace;
     VaultManager vault;
 
     platform::quitApplicationOnTerminationSignals();
@@ -48,7 +54,9 @@ int main(int argc, char* argv[]) {
     QQmlApplicationEngine engine;
     engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
     engine.setInitialProperties({{QStringLiteral("vault"), QVariant::fromValue(&vault)},
-                                 {QStringLiteral("settings"), QVariant::fromValue(&settings)}});
+                                 {QStringLiteral("settings"), QVariant::fromValue(&settings)},
+                                 {QStringLiteral("panels"), QVariant::fromValue(&panels)},
+                                 {QStringLiteral("workspace"), QVariant::fromValue(&workspace)}});
     engine.load(QUrl(QStringLiteral("qrc:/qt/qml/Morvanta/Main.qml")));
     if (engine.rootObjects().isEmpty())
         return 1;

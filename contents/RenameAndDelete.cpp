@@ -12,18 +12,6 @@ namespace {
 
 std::string local(const QString& path) { return QFile::encodeName(path).toStdString(); }
 
-// The text after the last dot; none for names without one and for names that only start
-// with one (".notes").
-QString pathExtension(const QString& name) {
-    const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
-    return dot <= 0 ? QString() : name.mid(dot + 1);
-}
-
-QString deletingPathExtension(const QString& name) {
-    const QString extension = pathExtension(name);
-    return extension.isEmpty() ? name : name.left(name.size() - extension.size() - 1);
-}
-
 } // namespace
 
 void VaultManager::renameItem(const QUrl& url, const QString& newName) {

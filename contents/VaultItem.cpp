@@ -14,3 +14,13 @@ size_t qHash(const VaultItem& item, size_t seed) {
     seed = item.dateAdded ? combine(combine(seed, 1), *item.dateAdded) : combine(seed, 0);
     return seed;
 }
+
+QString pathExtension(const QString& name) {
+    const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
+    return dot <= 0 ? QString() : name.mid(dot + 1);
+}
+
+QString deletingPathExtension(const QString& name) {
+    const QString extension = pathExtension(name);
+    return extension.isEmpty() ? name : name.left(name.size() - extension.size() - 1);
+}

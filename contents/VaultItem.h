@@ -29,4 +29,10 @@ struct VaultItem {
 
 size_t qHash(const VaultItem& item, size_t seed = 0);
 
+// The text after the last dot of a file name; none for names without one and for names that
+// only start with one (".notes"). Renaming keeps it, and the rename prompt names it.
+QString pathExtension(const QString& name);
+// The name without that extension and its dot.
+QString deletingPathExtension(const QString& name);
+
 Q_DECLARE_METATYPE(VaultItem)

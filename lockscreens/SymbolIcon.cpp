@@ -16,7 +16,12 @@ const QHash<QString, QString>& symbolTable() {
              {"lock.fill", "lock.open.fill", "lock.shield.fill", "exclamationmark.triangle.fill",
               "exclamationmark.circle.fill", "checkmark.circle.fill", "xmark.circle.fill",
               "shield.lefthalf.filled", "eye.slash.fill", "command", "bolt.fill", "wifi.slash",
-              "key.fill", "externaldrive.fill.badge.checkmark", "arrow.left", "arrow.right"}) {
+              "key.fill", "externaldrive.fill.badge.checkmark", "arrow.left", "arrow.right",
+              // the vault browser's
+              "doc", "plus.circle.fill", "ellipsis.circle.fill", "info.circle", "gearshape.fill",
+              "xmark", "checkmark.seal.fill", "timer", "doc.on.doc", "externaldrive.fill",
+              "lock.shield", "folder", "pencil", "arrow.uturn.backward", "arrow.up.doc", "trash",
+              "checkmark", "chevron.up", "chevron.down"}) {
             t.insert(QString::fromLatin1(name),
                      QStringLiteral(":/qt/qml/Morvanta/LockScreens/symbols/%1.svg")
                          .arg(QLatin1String(name)));

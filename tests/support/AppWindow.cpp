@@ -52,8 +52,11 @@ AppWindow::AppWindow(HDIUtilRunner runner, const QString& disguiseMode) {
     m_vault = std::make_unique<VaultManager>(m_support.path(), std::move(runner));
     m_engine = std::make_unique<QQmlApplicationEngine>();
     m_engine->addImportPath(QStringLiteral("qrc:/qt/qml"));
-    m_engine->setInitialProperties({{"vault", QVariant::fromValue(m_vault.get())},
-                                    {"settings", QVariant::fromValue(m_settings.get())}});
+    m_engine->setInitialProperties(
+        {{"vault", QVariant::fromValue(m_vault.get())},
+         {"settings", QVariant::fromValue(m_settings.get())},
+         {"panels", QVariant::fromValue<platform::Panels*>(m_panels.get())},
+         {"workspace", QVariant::fromValue<platform::Workspace*>(m_workspace.get())}});
     m_engine->load(QUrl(QStringLiteral("qrc:/qt/qml/Morvanta/Main.qml")));
     if (m_engine->rootObjects().size() != 1)
         qFatal("The main window did not load");

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ScriptedPanels.h"
 #include "engine/VaultManager.h"
 #include "platform/Settings.h"
 
@@ -11,7 +12,8 @@
 namespace testsupport {
 
 // The application's window as `main` builds it, offscreen, over a vault and a settings file
-// of the test's own.
+// of the test's own, with file pickers that the test answers and a desktop that only
+// records what it is asked to open.
 class AppWindow {
 public:
     // `disguiseMode` is stored before the window opens, as a previous run would have left it.
@@ -20,6 +22,8 @@ public:
 
     VaultManager& vault() { return *m_vault; }
     platform::Settings& settings() { return *m_settings; }
+    ScriptedPanels& panels() { return *m_panels; }
+    RecordingWorkspace& workspace() { return *m_workspace; }
     QQuickWindow* window() const { return m_window; }
     QString supportPath() const { return m_support.path(); }
 
@@ -43,6 +47,8 @@ private:
     QTemporaryDir m_support;
     QTemporaryDir m_settingsDir;
     std::unique_ptr<platform::Settings> m_settings;
+    std::unique_ptr<ScriptedPanels> m_panels = std::make_unique<ScriptedPanels>();
+    std::unique_ptr<RecordingWorkspace> m_workspace = std::make_unique<RecordingWorkspace>();
     std::unique_ptr<VaultManager> m_vault;
     std::unique_ptr<QQmlApplicationEngine> m_engine;
     QQuickWindow* m_window = nullptr;

@@ -11,6 +11,7 @@
 
 Q_IMPORT_QML_PLUGIN(MorvantaPlugin)
 Q_IMPORT_QML_PLUGIN(Morvanta_LockScreensPlugin)
+Q_IMPORT_QML_PLUGIN(Morvanta_BrowserPlugin)
 
 using testsupport::AppWindow;
 
@@ -59,7 +60,7 @@ private slots:
 
         QTRY_VERIFY(app.vault().isUnlocked());
         QVERIFY(app.vault().vaultExists());
-        QTRY_COMPARE(app.screenName(), "UnlockedPlaceholder");
+        QTRY_COMPARE(app.screenName(), "VaultView");
         QTRY_COMPARE(app.window()->size(), QSize(800, 635));
         QCOMPARE(testsupport::mountsBelow(runtime.path()).size(), 1);
     }

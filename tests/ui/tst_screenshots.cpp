@@ -3,15 +3,21 @@
 // fatal also makes this the smoke test that every screen's imports and bindings resolve.
 
 #include "support/AppWindow.h"
+#include "support/FuseHarness.h"
 #include "support/RecordingRunner.h"
+#include "support/Trees.h"
 
 #include <QDir>
+#include <QDragEnterEvent>
+#include <QMimeData>
 #include <QRegularExpression>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QtQml/QQmlExtensionPlugin>
 
 Q_IMPORT_QML_PLUGIN(MorvantaPlugin)
 Q_IMPORT_QML_PLUGIN(Morvanta_LockScreensPlugin)
+Q_IMPORT_QML_PLUGIN(Morvanta_BrowserPlugin)
 
 using testsupport::AppWindow;
 
@@ -21,14 +27,6 @@ const QString kMount = QStringLiteral("/run/user/1000/morvanta/MorvantaVault");
 
 HDIUtilResult failure(const QString& message) {
     return {1, {}, message};
-}
-
-HDIUtilResult attached() {
-    return {0,
-            "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>system-entities</key>"
-            "<array><dict><key>mount-point</key><string>" +
-                kMount + "</string></dict></array></dict></plist>",
-            {}};
 }
 
 // Waits out the page and colour animations so the picture shows the settled screen.
@@ -172,15 +170,124 @@ private slots:
         QVERIFY(app.screenshot("small-setup"));
     }
 
-    void unlockedStandIn() {
-        RecordingRunner tool;
-        AppWindow app(tool.runner());
-        QVERIFY(QDir().mkpath(app.vault().bundlePath()));
-        tool.replies = {attached()};
-        app.vault().unlock("password");
-        QTRY_COMPARE(app.screenName(), "UnlockedPlaceholder");
+    // The vault browser over a real vault: empty, then a dozen items of mixed kinds and
+    // sizes, with each banner, menu, confirmation and sheet in turn.
+    void vaultBrowser() {
+        REQUIRE_FUSE();
+        testsupport::ScopedRuntimeDir runtime;
+        QTemporaryDir home;
+        AppWindow app(testsupport::fastToolRunner());
+        app.vault().createVault("correct horse");
+        app.vault().unlock("correct horse");
+        QTRY_COMPARE(app.screenName(), "VaultView");
         QTRY_COMPARE(app.window()->size(), QSize(800, 635));
-        QVERIFY(app.screenshot("unlocked"));
+        settle();
+        QVERIFY(app.screenshot("browser-empty"));
+
+        const QList<std::pair<QString, qint64>> files = {
+            {"Tax Return 2023.pdf", 1843200},
+            {"Passport scan.jpg", 734003},
+            {"notes.txt", 842},
+            {"Budget 2024.ods", 51234},
+            {"Board presentation.odp", 9876543},
+            {"Old projects.zip", 123456789},
+            {"interview.mp3", 4567890},
+            {"backup-keys.sh", 1},
+            {"Contract draft.docx", 23456},
+            {"recovery codes", 0},
+        };
+        for (const auto& [name, size] : files) {
+            const QString path = home.filePath(name);
+            testsupport::writeFile(path, QByteArray(size, 'x'));
+            app.vault().addItem(QUrl::fromLocalFile(path));
+        }
+        QDir().mkpath(home.filePath("Family Photos/2019"));
+        testsupport::writeFile(home.filePath("Family Photos/2019/beach.png"),
+                               QByteArray(2500000, 'p'));
+        testsupport::writeFile(home.filePath("Family Photos/cat.png"), QByteArray(800000, 'c'));
+        app.vault().addItem(QUrl::fromLocalFile(home.filePath("Family Photos")));
+        QDir().mkpath(home.filePath("Client Files"));
+        app.vault().addItem(QUrl::fromLocalFile(home.filePath("Client Files")));
+        settle();
+        QVERIFY(app.screenshot("browser-items"));
+
+        QObject* browser = app.screen()->property("browser").value<QObject*>();
+        QVERIFY(browser);
+        const QString root = app.vault().mountPoint().toLocalFile() + "/";
+        auto shot = [&app](const QString& name) {
+            settle();
+            QVERIFY(app.screenshot(name));
+        };
+        auto closePopup = [&app] {
+            QTest::keyClick(app.window(), Qt::Key_Escape);
+            settle();
+        };
+
+        // Sorted by size, largest first, with a row selected and its menu open.
+        app.click("header.Size");
+        settle();
+        app.click("header.Size");
+        browser->setProperty("selection", QUrl::fromLocalFile(root + "Tax Return 2023.pdf"));
+        shot("browser-sorted-selected");
+        app.click("actionsButton");
+        shot("browser-actions-menu");
+        closePopup();
+
+        app.click("gearButton");
+        shot("browser-gear-menu");
+        closePopup();
+
+        // A failure and a success, each as the action leaves it.
+        const QString clash = home.filePath("again/notes.txt");
+        testsupport::writeFile(clash, "again");
+        app.panels().openAnswers = {QList<QUrl>{QUrl::fromLocalFile(clash)}};
+        app.click("addButton");
+        QTRY_VERIFY(!browser->property("error").toString().isEmpty());
+        shot("browser-error-banner");
+        browser->setProperty("selection", QUrl::fromLocalFile(root + "notes.txt"));
+        QMetaObject::invokeMethod(browser, "chooseRowMenuEntry", Q_ARG(QString, "rename"),
+                                  Q_ARG(QUrl, QUrl::fromLocalFile(root + "notes.txt")));
+        shot("browser-rename-prompt");
+        app.typeInto("renameField", "Shopping list");
+        QTest::keyClick(app.window(), Qt::Key_Return);
+        QTRY_VERIFY(!browser->property("success").toString().isEmpty());
+        shot("browser-success-banner");
+
+        browser->setProperty("selection", QUrl::fromLocalFile(root + "Passport scan.jpg"));
+        browser->setProperty("confirmRestore", true);
+        shot("browser-restore-confirmation");
+        closePopup();
+        browser->setProperty("selection", QUrl::fromLocalFile(root + "Family Photos"));
+        browser->setProperty("confirmDelete", true);
+        shot("browser-delete-confirmation");
+        closePopup();
+
+        browser->setProperty("showPasswordChange", true);
+        app.typeInto("oldPasswordField", "not it");
+        app.typeInto("newPasswordField", "new password");
+        app.typeInto("confirmPasswordField", "new password");
+        app.click("changePasswordButton");
+        QTRY_VERIFY(app.find("passwordErrorLine")->isVisible());
+        shot("browser-password-sheet");
+        closePopup();
+
+        browser->setProperty("showAbout", true);
+        shot("browser-about-sheet");
+        closePopup();
+
+        QMimeData dragged;
+        dragged.setUrls({QUrl::fromLocalFile(home.filePath("Family Photos"))});
+        QDragEnterEvent enter(QPoint(400, 300), Qt::CopyAction, &dragged, Qt::LeftButton,
+                              Qt::NoModifier);
+        QCoreApplication::sendEvent(app.window(), &enter);
+        shot("browser-drop-overlay");
+        QDragLeaveEvent leave;
+        QCoreApplication::sendEvent(app.window(), &leave);
+
+        // The smallest window still shows every part.
+        app.window()->resize(520, 420);
+        QTRY_COMPARE(app.item("rootView")->height(), 420.0);
+        shot("browser-small");
     }
 };
 

@@ -1,0 +1,62 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+import Morvanta.LockScreens
+import Morvanta.Browser
+
+// One entry of the browser's menus: a symbol, the title, and a check mark when chosen.
+MenuItem {
+    id: item
+
+    property string symbol
+    property bool destructive: false
+    property bool showsCheckmark: false
+
+    readonly property color ink: !enabled ? Theme.faintText
+                                          : destructive ? Theme.warning : Theme.text
+
+    implicitWidth: Math.max(220, implicitContentWidth + leftPadding + rightPadding)
+    implicitHeight: 30
+    leftPadding: 12
+    rightPadding: 12
+    font.pixelSize: 13
+    indicator: null
+    arrow: null
+
+    contentItem: RowLayout {
+        spacing: 9
+
+        SymbolIcon {
+            visible: item.symbol !== ""
+            Layout.preferredWidth: 14
+            Layout.preferredHeight: 14
+            name: item.symbol
+            color: item.ink
+        }
+        Label {
+            Layout.fillWidth: true
+            text: item.text
+            font: item.font
+            color: item.ink
+            elide: Text.ElideRight
+        }
+        SymbolIcon {
+            objectName: "checkmark"
+            visible: item.showsCheckmark
+            Layout.preferredWidth: 13
+            Layout.preferredHeight: 13
+            name: "checkmark"
+            color: Theme.gold
+        }
+    }
+
+    background: Rectangle {
+        anchors.fill: parent
+        anchors.leftMargin: 5
+        anchors.rightMargin: 5
+        radius: 6
+        color: item.highlighted || item.down
+               ? (item.destructive ? Qt.rgba(1, 0.45, 0.45, 0.16) : Qt.rgba(1, 1, 1, 0.10))
+               : "transparent"
+    }
+}

@@ -1,0 +1,471 @@
+#include "VaultBrowser.h"
+
+#include "BrowserTexts.h"
+#include "lockscreens/DisguiseMode.h"
+#include "lockscreens/MainLoop.h"
+
+#include <QVariantMap>
+
+namespace {
+
+QVariantMap menuEntry(const QString& action, const QString& title, const QString& symbol,
+                      bool destructive = false) {
+    return {{QStringLiteral("action"), action},
+            {QStringLiteral("title"), title},
+            {QStringLiteral("symbol"), symbol},
+            {QStringLiteral("destructive"), destructive}};
+}
+
+QString disguiseMenuLabel(DisguiseMode mode) {
+    switch (mode) {
+    case DisguiseMode::none:
+        return QStringLiteral("None (Branded)");
+    case DisguiseMode::neutral:
+        return QStringLiteral("Neutral");
+    case DisguiseMode::math:
+        return QStringLiteral("Math Quiz");
+    }
+    return {};
+}
+
+} // namespace
+
+VaultBrowser::VaultBrowser(QObject* parent) : QObject(parent) {}
+
+void VaultBrowser::setVault(VaultManager* vault) {
+    if (vault == m_vault)
+        return;
+    if (m_vault)
+        disconnect(m_vault, nullptr, this, nullptr);
+    m_vault = vault;
+    if (vault) {
+        connect(vault, &VaultManager::idleTimeoutSecondsChanged, this,
+                &VaultBrowser::idleTextChanged);
+        connect(vault, &VaultManager::itemsChanged, this, &VaultBrowser::itemsChanged);
+        connect(vault, &VaultManager::mountPointChanged, this, &VaultBrowser::mountPathChanged);
+    }
+    emit vaultChanged();
+    emit idleTextChanged();
+    emit itemCountTextChanged();
+    emit mountPathChanged();
+}
+
+void VaultBrowser::setSettings(platform::Settings* settings) {
+    if (settings == m_settings)
+        return;
+    if (m_settings)
+        disconnect(m_settings, nullptr, this, nullptr);
+    m_settings = settings;
+    if (settings) {
+        connect(settings, &platform::Settings::disguiseModeChanged, this,
+                &VaultBrowser::disguiseChoicesChanged);
+    }
+    emit settingsChanged();
+    emit disguiseChoicesChanged();
+}
+
+void VaultBrowser::setPanels(platform::Panels* panels) {
+    if (panels == m_panels)
+        return;
+    m_panels = panels;
+    emit panelsChanged();
+}
+
+void VaultBrowser::setWorkspace(platform::Workspace* workspace) {
+    if (workspace == m_workspace)
+        return;
+    m_workspace = workspace;
+    emit workspaceChanged();
+}
+
+void VaultBrowser::setSelection(const QUrl& url) {
+    if (url == m_selection)
+        return;
+    m_selection = url;
+    emit selectionChanged();
+}
+
+void VaultBrowser::setError(const QString& error) {
+    if (error == m_error)
+        return;
+    m_error = error;
+    emit errorChanged();
+}
+
+void VaultBrowser::setSuccess(const QString& success) {
+    if (success == m_success)
+        return;
+    m_success = success;
+    emit successChanged();
+}
+
+void VaultBrowser::setShowPasswordChange(bool show) {
+    if (show == m_showPasswordChange)
+        return;
+    m_showPasswordChange = show;
+    emit showPasswordChangeChanged();
+}
+
+void VaultBrowser::setShowAbout(bool show) {
+    if (show == m_showAbout)
+        return;
+    m_showAbout = show;
+    emit showAboutChanged();
+}
+
+void VaultBrowser::setDragOver(bool over) {
+    if (over == m_isDragOver)
+        return;
+    m_isDragOver = over;
+    emit isDragOverChanged();
+}
+
+void VaultBrowser::setConfirmDelete(bool confirm) {
+    if (confirm == m_confirmDelete)
+        return;
+    // The message names the item the confirmation is for, as it is when it opens.
+    if (confirm) {
+        m_deleteMessage = ::deleteMessage(m_selection.fileName());
+        emit deleteMessageChanged();
+    }
+    m_confirmDelete = confirm;
+    emit confirmDeleteChanged();
+}
+
+void VaultBrowser::setConfirmRestore(bool confirm) {
+    if (confirm == m_confirmRestore)
+        return;
+    if (confirm) {
+        const std::optional<QString> folder =
+            m_vault && !m_selection.isEmpty() ? m_vault->restoreFolder(m_selection) : std::nullopt;
+        m_restoreMessage = ::restoreMessage(m_selection.fileName(), folder);
+        emit restoreMessageChanged();
+    }
+    m_confirmRestore = confirm;
+    emit confirmRestoreChanged();
+}
+
+void VaultBrowser::setRenameTarget(const QUrl& url) {
+    if (url == m_renameTarget)
+        return;
+    m_renameTarget = url;
+    emit renameTargetChanged();
+}
+
+void VaultBrowser::setRenameText(const QString& text) {
+    if (text == m_renameText)
+        return;
+    m_renameText = text;
+    emit renameTextChanged();
+}
+
+void VaultBrowser::setBusy(bool busy) {
+    if (busy == m_busy)
+        return;
+    m_busy = busy;
+    emit busyChanged();
+}
+
+QString VaultBrowser::idleText() const {
+    return ::idleText(m_vault ? m_vault->idleTimeoutSeconds() : 0.0);
+}
+
+QString VaultBrowser::itemCountText() const {
+    return ::itemCountText(m_vault ? m_vault->items().size() : 0);
+}
+
+QString VaultBrowser::mountPath() const {
+    return m_vault ? m_vault->mountPoint().toLocalFile() : QString();
+}
+
+QString VaultBrowser::renameMessage() const {
+    return m_renameTarget.isEmpty() ? QString() : ::renameMessage(m_renameTarget);
+}
+
+QString VaultBrowser::lockHelpText() {
+    return ::lockHelpText();
+}
+
+QVariantList VaultBrowser::disguiseChoices() const {
+    const QString stored = m_settings ? m_settings->disguiseMode() : QStringLiteral("none");
+    QVariantList choices;
+    for (DisguiseMode mode : allDisguiseModes()) {
+        choices.append(QVariantMap{{QStringLiteral("raw"), rawValue(mode)},
+                                   {QStringLiteral("label"), disguiseMenuLabel(mode)},
+                                   {QStringLiteral("checked"), stored == rawValue(mode)}});
+    }
+    return choices;
+}
+
+void VaultBrowser::itemsChanged() {
+    emit itemCountTextChanged();
+    // A selected item that has left the vault is no longer selected.
+    if (m_selection.isEmpty() || !m_vault)
+        return;
+    for (const VaultItem& item : m_vault->items()) {
+        if (item.url == m_selection)
+            return;
+    }
+    setSelection({});
+}
+
+QVariantList VaultBrowser::rowMenu(const QUrl& url) const {
+    if (url.isEmpty())
+        return {};
+    QVariantList entries{
+        menuEntry(QStringLiteral("open"), QStringLiteral("Open"), QStringLiteral("folder")),
+        menuEntry(QStringLiteral("rename"), QStringLiteral("Rename\u2026"),
+                  QStringLiteral("pencil"))};
+    if (m_vault && !m_vault->mountPoint().isEmpty() && m_vault->restoreFolder(url)) {
+        entries.append(menuEntry(QStringLiteral("restore"),
+                                 QStringLiteral("Restore to Original Location"),
+                                 QStringLiteral("arrow.uturn.backward")));
+    }
+    entries.append(menuEntry(QStringLiteral("moveOut"), QStringLiteral("Move Out\u2026"),
+                             QStringLiteral("arrow.up.doc")));
+    entries.append(menuEntry(QStringLiteral("divider"), {}, {}));
+    entries.append(menuEntry(QStringLiteral("delete"), QStringLiteral("Delete"),
+                             QStringLiteral("trash"), true));
+    return entries;
+}
+
+void VaultBrowser::chooseRowMenuEntry(const QString& action, const QUrl& url) {
+    if (url.isEmpty())
+        return;
+    setSelection(url);
+    if (action == QLatin1String("open"))
+        openItem(url);
+    else if (action == QLatin1String("rename"))
+        beginRename(url);
+    else if (action == QLatin1String("restore"))
+        setConfirmRestore(true);
+    else if (action == QLatin1String("moveOut"))
+        removeSelected();
+    else if (action == QLatin1String("delete"))
+        setConfirmDelete(true);
+}
+
+void VaultBrowser::beginAction() {
+    setError({});
+    setSuccess({});
+    restartIdleTimerIfUnlocked();
+}
+
+void VaultBrowser::restartIdleTimerIfUnlocked() {
+    if (isUnlocked())
+        m_vault->restartIdleTimer();
+}
+
+void VaultBrowser::runEngineWork(std::function<void(VaultManager&)> work) {
+    setBusy(true);
+    runAfterNextFrame(this, [this, work = std::move(work)] {
+        // Locking replaces the screen, and this object with it, while the engine reports.
+        const QPointer<VaultBrowser> self(this);
+        const QPointer<VaultManager> vault(m_vault);
+        try {
+            if (!vault)
+                throw VaultError::notMounted();
+            work(*vault);
+        } catch (const VaultError& error) {
+            if (self)
+                setError(error.errorDescription());
+        }
+        if (!self)
+            return;
+        setBusy(false);
+        restartIdleTimerIfUnlocked();
+    });
+}
+
+platform::OpenPanelOptions VaultBrowser::addPanelOptions() {
+    return {.canChooseFiles = true,
+            .canChooseDirectories = true,
+            .allowsMultipleSelection = true,
+            .prompt = QStringLiteral("Add to Vault"),
+            .message = {}};
+}
+
+platform::OpenPanelOptions VaultBrowser::moveOutPanelOptions() {
+    return {.canChooseFiles = false,
+            .canChooseDirectories = true,
+            .allowsMultipleSelection = false,
+            .prompt = QStringLiteral("Move Here"),
+            .message = QStringLiteral("Choose destination outside the vault.")};
+}
+
+platform::SavePanelOptions VaultBrowser::backupPanelOptions() {
+    return {.title = QStringLiteral("Back Up Vault"),
+            .prompt = QStringLiteral("Back Up"),
+            .message = QStringLiteral(
+                "Save an encrypted backup of your vault. It opens with your master password."),
+            .nameFieldStringValue = QStringLiteral("MorvantaVault-Backup.7z"),
+            .allowedContentTypes = {QStringLiteral("application/x-7z-compressed")}};
+}
+
+void VaultBrowser::addItem() {
+    if (m_busy)
+        return;
+    beginAction();
+    const std::optional<QList<QUrl>> chosen =
+        m_panels ? m_panels->runOpenPanel(addPanelOptions()) : std::nullopt;
+    // Cancelled: nothing to show, and nothing happened to count as activity again.
+    if (!chosen)
+        return;
+    runEngineWork([this, urls = *chosen](VaultManager& vault) {
+        // Each one on its own: a failure is shown and the rest are still added. The new
+        // rows are the feedback for those that went in.
+        for (const QUrl& url : urls) {
+            try {
+                vault.addItem(url);
+            } catch (const VaultError& error) {
+                setError(error.errorDescription());
+            }
+        }
+    });
+}
+
+void VaultBrowser::openItem(const QUrl& url) {
+    if (url.isEmpty())
+        return;
+    if (m_workspace)
+        m_workspace->open(url);
+    restartIdleTimerIfUnlocked();
+}
+
+void VaultBrowser::beginRename(const QUrl& url) {
+    if (url.isEmpty())
+        return;
+    setRenameText(renamePrefill(url));
+    setRenameTarget(url);
+}
+
+void VaultBrowser::commitRename() {
+    if (m_renameTarget.isEmpty() || m_busy)
+        return;
+    const QUrl url = m_renameTarget;
+    setRenameTarget({});
+    beginAction();
+    runEngineWork([this, url, name = m_renameText](VaultManager& vault) {
+        vault.renameItem(url, name);
+        setSelection({});
+        setSuccess(QStringLiteral("Renamed."));
+    });
+}
+
+void VaultBrowser::restoreSelected() {
+    if (m_selection.isEmpty() || m_busy)
+        return;
+    beginAction();
+    runEngineWork([this, url = m_selection](VaultManager& vault) {
+        vault.restoreItem(url);
+        setSelection({});
+        setSuccess(QStringLiteral("Restored to original location."));
+    });
+}
+
+void VaultBrowser::removeSelected() {
+    if (m_selection.isEmpty() || m_busy)
+        return;
+    beginAction();
+    const std::optional<QList<QUrl>> chosen =
+        m_panels ? m_panels->runOpenPanel(moveOutPanelOptions()) : std::nullopt;
+    if (!chosen || chosen->isEmpty())
+        return;
+    // Moving out is its own feedback: the row goes, and no banner says so.
+    runEngineWork([this, url = m_selection, folder = chosen->first()](VaultManager& vault) {
+        vault.removeItem(url, folder);
+        setSelection({});
+    });
+}
+
+void VaultBrowser::deleteSelected() {
+    if (m_selection.isEmpty() || m_busy)
+        return;
+    beginAction();
+    runEngineWork([this, url = m_selection](VaultManager& vault) {
+        vault.deleteItem(url);
+        setSelection({});
+        setSuccess(QStringLiteral("Deleted permanently."));
+    });
+}
+
+bool VaultBrowser::handleDrop(const QList<QUrl>& urls) {
+    if (!isUnlocked() || m_busy)
+        return false;
+    m_vault->restartIdleTimer();
+    setError({});
+    setSuccess({});
+    QList<QUrl> files;
+    for (const QUrl& url : urls) {
+        if (url.isLocalFile())
+            files.append(url);
+    }
+    if (files.isEmpty())
+        return false;
+    // One after another, in the order dropped; with several failures the last one shows.
+    runEngineWork([this, files](VaultManager& vault) {
+        for (const QUrl& url : files) {
+            try {
+                vault.addItem(url);
+            } catch (const VaultError& error) {
+                setError(error.errorDescription());
+            }
+            restartIdleTimerIfUnlocked();
+        }
+    });
+    return true;
+}
+
+void VaultBrowser::setIdle(double minutes) {
+    if (minutes != m_idleMinutes) {
+        m_idleMinutes = minutes;
+        emit idleMinutesChanged();
+    }
+    if (!m_vault)
+        return;
+    m_vault->setIdleTimeoutSeconds(minutes * 60.0);
+    // The new delay counts from now.
+    restartIdleTimerIfUnlocked();
+}
+
+void VaultBrowser::chooseDisguise(const QString& raw) {
+    if (m_settings)
+        m_settings->setDisguiseMode(raw);
+}
+
+void VaultBrowser::lock() {
+    setError({});
+    setSuccess({});
+    // Not held back by other work: the lock runs after whatever is already under way.
+    setBusy(true);
+    runAfterNextFrame(this, [this] {
+        const QPointer<VaultBrowser> self(this);
+        try {
+            if (m_vault)
+                m_vault->lock();
+        } catch (const VaultError& error) {
+            if (self)
+                setError(error.errorDescription());
+        }
+        if (self)
+            setBusy(false);
+    });
+}
+
+void VaultBrowser::backupVault() {
+    if (m_busy)
+        return;
+    beginAction();
+    const std::optional<QUrl> destination =
+        m_panels ? m_panels->runSavePanel(backupPanelOptions()) : std::nullopt;
+    if (!destination || destination->isEmpty())
+        return;
+    runEngineWork([this, destination = *destination](VaultManager& vault) {
+        vault.backupVault(destination);
+        setSuccess(QStringLiteral("Encrypted backup saved."));
+    });
+}
+
+void VaultBrowser::passwordChanged() {
+    setSuccess(QStringLiteral("Password changed."));
+}

@@ -1,0 +1,492 @@
+// The vault browser's rules without a window: the texts it builds from state, the table's
+// order and column widths, the row menu, the settings menu's choices, the password sheet's
+// button, and what the screen does when a panel is cancelled or the vault is locked.
+
+#include "browser/BrowserTexts.h"
+#include "browser/ItemTableModel.h"
+#include "browser/PasswordChangeForm.h"
+#include "browser/VaultBrowser.h"
+#include "support/ChildCounter.h"
+#include "support/RecordingRunner.h"
+#include "support/ScriptedPanels.h"
+#include "support/Trees.h"
+
+#include <QAbstractItemModelTester>
+#include <QDir>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+using Comparators = QList<ItemTableModel::SortComparator>;
+
+namespace {
+
+QString attachPlist(const QString& mountPoint) {
+    return "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>system-entities</key>"
+           "<array><dict><key>mount-point</key><string>" +
+           mountPoint + "</string></dict></array></dict></plist>";
+}
+
+VaultItem item(const QString& name, std::optional<qint64> size = 0,
+               std::optional<QDateTime> date = QDateTime(QDate(2024, 3, 7), QTime(16, 5)),
+               const QString& kind = QStringLiteral("plain text document")) {
+    return {QUrl::fromLocalFile("/vault/" + name), name, size, kind, date};
+}
+
+QStringList names(const QList<VaultItem>& items) {
+    QStringList list;
+    for (const VaultItem& i : items)
+        list.append(i.name);
+    return list;
+}
+
+// An engine that believes a plain folder is its open vault: enough for everything that only
+// reads the vault (the list, the origins record, the remembered password).
+struct OpenFakeVault {
+    QTemporaryDir support;
+    QTemporaryDir mount;
+    RecordingRunner tool;
+    std::unique_ptr<VaultManager> vault;
+
+    explicit OpenFakeVault(const QStringList& files = {}) {
+        for (const QString& file : files)
+            testsupport::writeFile(mount.filePath(file), "x");
+        vault = std::make_unique<VaultManager>(support.path(), tool.runner());
+        QDir().mkpath(vault->bundlePath());
+        tool.replies = {{0, attachPlist(mount.path()), {}}};
+        vault->unlock("the password");
+        tool.calls.clear();
+    }
+    QUrl url(const QString& name) const { return QUrl::fromLocalFile(mount.filePath(name)); }
+    void writeOrigins(const QByteArray& json) const {
+        testsupport::writeFile(mount.filePath(".morvanta-origins.json"), json);
+    }
+};
+
+// How often the engine's idle timer is restarted while `action` runs.
+int idleRestarts(VaultManager& vault, const std::function<void()>& action) {
+    int restarts = 0;
+    ChildCounter counter(&vault, restarts);
+    action();
+    return restarts;
+}
+
+} // namespace
+
+class TestBrowserRules : public QObject {
+    Q_OBJECT
+
+private slots:
+    void statusTexts() {
+        QCOMPARE(idleText(0), "Auto-lock: off");
+        QCOMPARE(idleText(-60), "Auto-lock: off");
+        QCOMPARE(idleText(300), "Auto-lock: 5m");
+        QCOMPARE(idleText(900), "Auto-lock: 15m");
+        // Whole minutes, cut toward zero.
+        QCOMPARE(idleText(119.9), "Auto-lock: 1m");
+        QCOMPARE(idleText(30), "Auto-lock: 0m");
+        QCOMPARE(itemCountText(0), "0 items");
+        QCOMPARE(itemCountText(1), "1 item");
+        QCOMPARE(itemCountText(2), "2 items");
+        QCOMPARE(lockHelpText(), "Lock vault (Ctrl+L)");
+    }
+
+    void sizesAndDatesAsAFileManagerShowsThem() {
+        const QLocale english(QLocale::English, QLocale::UnitedStates);
+        QCOMPARE(byteCountText(std::nullopt, english), "\u2014");
+        QCOMPARE(byteCountText(0, english), "0 bytes");
+        QCOMPARE(byteCountText(1, english), "1 byte");
+        QCOMPARE(byteCountText(999, english), "999 bytes");
+        // Decimal units, as file managers count.
+        QCOMPARE(byteCountText(1500, english), "1.5 kB");
+        QCOMPARE(byteCountText(123456789, english), "123.5 MB");
+        QCOMPARE(byteCountText(1500, QLocale(QLocale::German)), "1,5 kB");
+
+        const QDateTime date(QDate(2024, 3, 7), QTime(16, 5, 42));
+        QCOMPARE(dateText(date, english), "Mar 7, 2024, 4:05 PM");
+        QCOMPARE(dateText(date, QLocale(QLocale::German)), "7. M\u00e4rz 2024, 16:05");
+        QCOMPARE(dateText(date, QLocale::c()), "7 Mar 2024, 16:05");
+        QCOMPARE(dateText(std::nullopt, english), "\u2014");
+    }
+
+    void renameWording_data() {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("prefill");
+        QTest::addColumn<QString>("message");
+        const QString generic = "Enter a new name for this item.";
+        QTest::newRow("two dots") << "Report.final.pdf"
+                                  << "Report.final"
+                                  << "Enter a new name. The \u201C.pdf\u201D extension is kept so "
+                                     "the item still opens correctly.";
+        QTest::newRow("folder") << "Photos"
+                                << "Photos" << generic;
+        QTest::newRow("leading dot") << ".hidden-notes"
+                                     << ".hidden-notes" << generic;
+        QTest::newRow("trailing dot") << "draft."
+                                      << "draft." << generic;
+        QTest::newRow("spaces") << "My Notes.app"
+                                << "My Notes"
+                                << "Enter a new name. The \u201C.app\u201D extension is kept so "
+                                   "the item still opens correctly.";
+    }
+    void renameWording() {
+        QFETCH(QString, name);
+        QFETCH(QString, prefill);
+        QFETCH(QString, message);
+        const QUrl url = QUrl::fromLocalFile("/run/user/1000/morvanta/MorvantaVault/" + name);
+        QCOMPARE(renamePrefill(url), prefill);
+        QCOMPARE(renameMessage(url), message);
+    }
+
+    void confirmationWording() {
+        QCOMPARE(restoreMessage("Taxes 2023.pdf", QString("/home/me/Documents")),
+                 "\u201CTaxes 2023.pdf\u201D will be moved out of the vault back to:\n\n"
+                 "/home/me/Documents/Taxes 2023.pdf");
+        QCOMPARE(restoreMessage("Taxes.pdf", std::nullopt),
+                 "\u201CTaxes.pdf\u201D will be moved out of the vault back to:\n\n"
+                 "its original location/Taxes.pdf");
+        QCOMPARE(deleteMessage("notes.txt"),
+                 "The vault holds the only copy of \u201Cnotes.txt\u201D \u2014 deleting it "
+                 "erases it from your computer entirely. This can\u2019t be undone.");
+    }
+
+    // The table compares the items' sort keys, never the texts it shows.
+    void sortingByTheKeys() {
+        const QList<VaultItem> items = {item("b-nine.txt", 9), item("A-ten-k.txt", 10000),
+                                        item("c-two-m.txt", 2000000),
+                                        item("unmeasured", std::nullopt), item("empty.txt", 0)};
+        QCOMPARE(
+            names(ItemTableModel::sortedItems(items, {{ItemTableModel::SizeColumn, true}})),
+            QStringList({"unmeasured", "empty.txt", "b-nine.txt", "A-ten-k.txt", "c-two-m.txt"}));
+        QCOMPARE(
+            names(ItemTableModel::sortedItems(items, {{ItemTableModel::SizeColumn, false}})),
+            QStringList({"c-two-m.txt", "A-ten-k.txt", "b-nine.txt", "empty.txt", "unmeasured"}));
+        QCOMPARE(
+            names(ItemTableModel::sortedItems(items, {{ItemTableModel::NameColumn, true}})),
+            QStringList({"A-ten-k.txt", "b-nine.txt", "c-two-m.txt", "empty.txt", "unmeasured"}));
+
+        // Names that differ only in case are equal: the next comparator decides, and
+        // without one they keep their order.
+        const QList<VaultItem> cased = {item("notes", 5), item("Notes", 1), item("NOTES", 3)};
+        QCOMPARE(names(ItemTableModel::sortedItems(cased, {{ItemTableModel::NameColumn, true}})),
+                 QStringList({"notes", "Notes", "NOTES"}));
+        QCOMPARE(names(ItemTableModel::sortedItems(cased, {{ItemTableModel::NameColumn, false},
+                                                           {ItemTableModel::SizeColumn, true}})),
+                 QStringList({"Notes", "NOTES", "notes"}));
+
+        const QList<VaultItem> dated = {item("new", 1, QDateTime(QDate(2024, 5, 1), QTime(9, 0))),
+                                        item("undated", 1, std::nullopt),
+                                        item("old", 1, QDateTime(QDate(1999, 1, 1), QTime(9, 0)))};
+        QCOMPARE(names(ItemTableModel::sortedItems(dated, {{ItemTableModel::DateColumn, true}})),
+                 QStringList({"undated", "old", "new"}));
+    }
+
+    void headerClicksFlipOrLeadWithTheirColumn() {
+        ItemTableModel model;
+        QCOMPARE(model.sortOrder(), Comparators({{ItemTableModel::NameColumn, true}}));
+        QSignalSpy changed(&model, &ItemTableModel::sortOrderChanged);
+        model.sortBy(ItemTableModel::SizeColumn);
+        QCOMPARE(model.sortOrder(), Comparators({{ItemTableModel::SizeColumn, true},
+                                                 {ItemTableModel::NameColumn, true}}));
+        model.sortBy(ItemTableModel::SizeColumn);
+        QCOMPARE(model.sortOrder(), Comparators({{ItemTableModel::SizeColumn, false},
+                                                 {ItemTableModel::NameColumn, true}}));
+        model.sortBy(ItemTableModel::NameColumn);
+        QCOMPARE(model.sortOrder(), Comparators({{ItemTableModel::NameColumn, true},
+                                                 {ItemTableModel::SizeColumn, false}}));
+        model.sortBy(7);
+        QCOMPARE(changed.count(), 3);
+    }
+
+    // The model over a listed vault, watched by Qt's model checker while the list changes
+    // and the order flips.
+    void modelFollowsTheVault() {
+        OpenFakeVault fake({"beta.txt", "Alpha.pdf"});
+        ItemTableModel model;
+        QAbstractItemModelTester tester(&model,
+                                        QAbstractItemModelTester::FailureReportingMode::QtTest);
+        model.setVault(fake.vault.get());
+        QCOMPARE(model.rowCount(), 2);
+        QCOMPARE(model.columnCount(), 4);
+        QCOMPARE(model.headerData(3, Qt::Horizontal).toString(), "Date Added");
+        QCOMPARE(model.data(model.index(0, 0)).toString(), "Alpha.pdf");
+        QCOMPARE(model.data(model.index(0, 1)).toString(), byteCountText(1));
+        QCOMPARE(model.data(model.index(0, 2)).toString(), "PDF document");
+        QCOMPARE(model.data(model.index(0, 0), ItemTableModel::UrlRole).toUrl(),
+                 fake.url("Alpha.pdf"));
+        QCOMPARE(model.rowOf(fake.url("beta.txt")), 1);
+
+        model.sortBy(ItemTableModel::NameColumn);
+        QCOMPARE(model.urlAt(0), fake.url("beta.txt"));
+        testsupport::writeFile(fake.mount.filePath("gamma.txt"), "xyz");
+        fake.vault->refreshItems();
+        QCOMPARE(model.rowCount(), 3);
+        QCOMPARE(model.urlAt(0), fake.url("gamma.txt"));
+        QCOMPARE(model.urlAt(3), QUrl());
+    }
+
+    void columnWidthsStayWithinTheirLimits_data() {
+        QTest::addColumn<qreal>("available");
+        QTest::addColumn<QList<qreal>>("widths");
+        QTest::newRow("ideal") << 660.0 << QList<qreal>{260, 90, 150, 160};
+        QTest::newRow("wide: the name takes the room") << 756.0 << QList<qreal>{356, 90, 150, 160};
+        QTest::newRow("narrow: all give alike") << 480.0 << QList<qreal>{185, 67.5, 97.5, 130};
+        QTest::newRow("too narrow: minimums") << 300.0 << QList<qreal>{160, 60, 80, 120};
+    }
+    void columnWidthsStayWithinTheirLimits() {
+        QFETCH(qreal, available);
+        QFETCH(QList<qreal>, widths);
+        QCOMPARE(ItemTableModel::columnWidths(available), widths);
+    }
+
+    void rowMenuOffersRestoreOnlyWithAKnownOrigin() {
+        OpenFakeVault fake({"Taxes.pdf", "copied-in.txt"});
+        VaultBrowser browser;
+        browser.setVault(fake.vault.get());
+        auto actions = [&browser](const QUrl& url) {
+            QStringList list;
+            for (const QVariant& entry : browser.rowMenu(url))
+                list.append(entry.toMap().value("action").toString());
+            return list;
+        };
+        const QStringList withoutRestore = {"open", "rename", "moveOut", "divider", "delete"};
+        QCOMPARE(actions(fake.url("Taxes.pdf")), withoutRestore);
+
+        fake.writeOrigins(R"({"Taxes.pdf":"\/home\/me\/Documents\/Taxes.pdf"})");
+        QCOMPARE(actions(fake.url("Taxes.pdf")),
+                 QStringList({"open", "rename", "restore", "moveOut", "divider", "delete"}));
+        QCOMPARE(actions(fake.url("copied-in.txt")), withoutRestore);
+        const QVariantMap restore = browser.rowMenu(fake.url("Taxes.pdf"))[2].toMap();
+        QCOMPARE(restore.value("title").toString(), "Restore to Original Location");
+        QCOMPARE(restore.value("symbol").toString(), "arrow.uturn.backward");
+        QVERIFY(
+            browser.rowMenu(fake.url("Taxes.pdf")).last().toMap().value("destructive").toBool());
+
+        // The confirmation's message is built from the record as it opens.
+        browser.setSelection(fake.url("Taxes.pdf"));
+        browser.setConfirmRestore(true);
+        QCOMPARE(browser.restoreMessage(),
+                 restoreMessage("Taxes.pdf", QString("/home/me/Documents")));
+
+        fake.writeOrigins(R"({"Taxes.pdf":42})");
+        QCOMPARE(actions(fake.url("Taxes.pdf")), withoutRestore);
+        fake.writeOrigins("{\"Taxes.pdf\":");
+        QCOMPARE(actions(fake.url("Taxes.pdf")), withoutRestore);
+        QVERIFY(browser.rowMenu(QUrl()).isEmpty());
+    }
+
+    // A cancelled panel is no failure: no banner, and only the action's opening restart of
+    // the idle timer.
+    void cancelledPanelsChangeNothing() {
+        OpenFakeVault fake({"a.txt"});
+        ScriptedPanels panels;
+        VaultBrowser browser;
+        browser.setVault(fake.vault.get());
+        browser.setPanels(&panels);
+
+        browser.setSuccess("Renamed.");
+        QCOMPARE(idleRestarts(*fake.vault, [&] { browser.addItem(); }), 1);
+        QCOMPARE(panels.openRequests.last(), VaultBrowser::addPanelOptions());
+        QCOMPARE(panels.openRequests.last().prompt, "Add to Vault");
+        QVERIFY(panels.openRequests.last().canChooseFiles &&
+                panels.openRequests.last().canChooseDirectories &&
+                panels.openRequests.last().allowsMultipleSelection);
+        QCOMPARE(browser.success(), QString());
+
+        browser.setError("Lock failed: busy");
+        QCOMPARE(idleRestarts(*fake.vault, [&] { browser.backupVault(); }), 1);
+        const platform::SavePanelOptions save = panels.saveRequests.last();
+        QCOMPARE(save.title, "Back Up Vault");
+        QCOMPARE(save.prompt, "Back Up");
+        QCOMPARE(save.message,
+                 "Save an encrypted backup of your vault. It opens with your master password.");
+        QCOMPARE(save.nameFieldStringValue, "MorvantaVault-Backup.7z");
+        QCOMPARE(save.allowedContentTypes, QStringList("application/x-7z-compressed"));
+        QCOMPARE(browser.error(), QString());
+        QVERIFY(!browser.busy());
+        QVERIFY(fake.tool.calls.isEmpty());
+        QCOMPARE(fake.vault->items().size(), 1);
+    }
+
+    void dropsNeedAnOpenVaultAndLocalFiles() {
+        OpenFakeVault fake;
+        VaultBrowser browser;
+        browser.setVault(fake.vault.get());
+        browser.setError("kept");
+        QCOMPARE(idleRestarts(
+                     *fake.vault,
+                     [&] {
+                         QVERIFY(!browser.handleDrop({QUrl("https://example.org/a.txt"), QUrl()}));
+                     }),
+                 1);
+        QCOMPARE(browser.error(), QString());
+
+        fake.vault->publishLockedState();
+        browser.setError("kept");
+        QCOMPARE(
+            idleRestarts(*fake.vault,
+                         [&] { QVERIFY(!browser.handleDrop({QUrl::fromLocalFile("/tmp/x")})); }),
+            0);
+        QCOMPARE(browser.error(), "kept");
+        QVERIFY(!browser.busy());
+    }
+
+    // The screen stays, with the engine's text, when the vault cannot be detached.
+    void aFailedLockLeavesTheErrorBanner() {
+        OpenFakeVault fake;
+        VaultBrowser browser;
+        browser.setVault(fake.vault.get());
+        browser.setSuccess("Renamed.");
+        const QString busy = "morvanta-hdiutil: detach failed - Resource busy.";
+        fake.tool.replies = {{1, {}, busy}, {1, {}, busy}, {1, {}, "info failed"}};
+        browser.lock();
+        QCOMPARE(browser.success(), QString());
+        QTRY_VERIFY(!browser.busy());
+        QCOMPARE(browser.error(), "Lock failed: " + busy);
+        QVERIFY(fake.vault->isUnlocked());
+    }
+
+    void idleChoicesSetTheEngineAndCountFromNow() {
+        OpenFakeVault fake;
+        VaultBrowser browser;
+        browser.setVault(fake.vault.get());
+        QCOMPARE(browser.idleMinutes(), 5.0);
+        QCOMPARE(browser.idleText(), "Auto-lock: 5m");
+        QSignalSpy texts(&browser, &VaultBrowser::idleTextChanged);
+        QCOMPARE(idleRestarts(*fake.vault, [&] { browser.setIdle(15); }), 1);
+        QCOMPARE(fake.vault->idleTimeoutSeconds(), 900.0);
+        QCOMPARE(browser.idleText(), "Auto-lock: 15m");
+        QCOMPARE(fake.vault->findChild<QTimer*>()->interval(), 900000);
+        QCOMPARE(idleRestarts(*fake.vault, [&] { browser.setIdle(0); }), 0);
+        QCOMPARE(fake.vault->idleTimeoutSeconds(), 0.0);
+        QCOMPARE(browser.idleText(), "Auto-lock: off");
+        QVERIFY(!fake.vault->findChild<QTimer*>());
+        QCOMPARE(texts.count(), 2);
+    }
+
+    void disguiseMenuChecksOnlyTheStoredMode() {
+        QTemporaryDir dir;
+        platform::Settings settings(
+            std::make_unique<QSettings>(dir.filePath("Morvanta.conf"), QSettings::IniFormat));
+        VaultBrowser browser;
+        browser.setSettings(&settings);
+        auto checked = [&browser] {
+            QStringList list;
+            for (const QVariant& choice : browser.disguiseChoices()) {
+                if (choice.toMap().value("checked").toBool())
+                    list.append(choice.toMap().value("raw").toString());
+            }
+            return list;
+        };
+        QStringList labels;
+        for (const QVariant& choice : browser.disguiseChoices())
+            labels.append(choice.toMap().value("label").toString());
+        QCOMPARE(labels, QStringList({"None (Branded)", "Neutral", "Math Quiz"}));
+        QCOMPARE(checked(), QStringList("none"));
+
+        QSignalSpy changed(&browser, &VaultBrowser::disguiseChoicesChanged);
+        browser.chooseDisguise("math");
+        QCOMPARE(settings.disguiseMode(), "math");
+        QCOMPARE(checked(), QStringList("math"));
+        QCOMPARE(changed.count(), 1);
+        settings.setDisguiseMode("Math");
+        QCOMPARE(checked(), QStringList());
+        QCOMPARE(browser.error(), QString());
+    }
+
+    void passwordButtonRules_data() {
+        QTest::addColumn<QString>("oldPw");
+        QTest::addColumn<QString>("newPw");
+        QTest::addColumn<QString>("confirmPw");
+        QTest::addColumn<bool>("enabled");
+        QTest::newRow("valid") << "old"
+                               << "12345678"
+                               << "12345678" << true;
+        QTest::newRow("seven characters") << "old"
+                                          << "1234567"
+                                          << "1234567" << false;
+        QTest::newRow("trailing space") << "old"
+                                        << "12345678"
+                                        << "12345678 " << false;
+        QTest::newRow("no current password") << ""
+                                             << "12345678"
+                                             << "12345678" << false;
+        QTest::newRow("same as before") << "12345678"
+                                        << "12345678"
+                                        << "12345678" << true;
+        // Eight characters as a person counts them, whatever their encoding.
+        QTest::newRow("accents") << "old"
+                                 << "cafe\u0301cafe\u0301"
+                                 << "cafe\u0301cafe\u0301" << true;
+        QTest::newRow("seven with accents") << "old"
+                                            << "cafe\u0301caf"
+                                            << "cafe\u0301caf" << false;
+        QTest::newRow("emoji") << "old" << QString::fromUtf8("\U0001F510\U0001F511abcdef")
+                               << QString::fromUtf8("\U0001F510\U0001F511abcdef") << true;
+    }
+    void passwordButtonRules() {
+        QFETCH(QString, oldPw);
+        QFETCH(QString, newPw);
+        QFETCH(QString, confirmPw);
+        QFETCH(bool, enabled);
+        PasswordChangeForm form;
+        form.setOldPw(oldPw);
+        form.setNewPw(newPw);
+        form.setConfirmPw(confirmPw);
+        QCOMPARE(form.canChange(), enabled);
+        QCOMPARE(form.buttonTitle(), "Change Password");
+    }
+
+    void aWrongCurrentPasswordIsShownAndRunsNoTool() {
+        OpenFakeVault fake;
+        PasswordChangeForm form;
+        form.setVault(fake.vault.get());
+        QSignalSpy succeeded(&form, &PasswordChangeForm::succeeded);
+        form.setOldPw("the passwort");
+        form.setNewPw("a new password");
+        form.setConfirmPw("a new password");
+        form.change();
+        QVERIFY(form.busy());
+        QVERIFY(!form.canChange());
+        QCOMPARE(form.buttonTitle(), "Changing...");
+        // Pressed again while busy: one change only.
+        form.change();
+        QTRY_VERIFY(!form.busy());
+        QCOMPARE(form.error(), "Current password is incorrect.");
+        QVERIFY(form.canChange());
+        QCOMPARE(form.oldPw(), "the passwort");
+        QCOMPARE(form.newPw(), "a new password");
+        QVERIFY(fake.tool.calls.isEmpty());
+        QCOMPARE(succeeded.count(), 0);
+        QVERIFY(fake.vault->isUnlocked());
+    }
+
+    void aChangeReportsOnceAndStaysBusyAsTheSheetGoes() {
+        OpenFakeVault fake;
+        PasswordChangeForm form;
+        form.setVault(fake.vault.get());
+        QSignalSpy succeeded(&form, &PasswordChangeForm::succeeded);
+        QSignalSpy dismissed(&form, &PasswordChangeForm::dismissRequested);
+        form.setOldPw("the password");
+        form.setNewPw("a new password");
+        form.setConfirmPw("a new password");
+        fake.tool.replies = {{0, {}, {}}, {0, {}, {}}, {0, attachPlist(fake.mount.path()), {}}};
+        form.change();
+        QTRY_COMPARE(dismissed.count(), 1);
+        QCOMPARE(succeeded.count(), 1);
+        QVERIFY(form.busy());
+        QCOMPARE(fake.tool.calls[1].args.first(), "chpass");
+        QCOMPARE(*fake.tool.calls[1].stdinText,
+                 QString("the password") + QChar(0) + "a new password" + QChar(0));
+        // Shown again later, the sheet starts empty and available.
+        form.reset();
+        QVERIFY(!form.busy());
+        QCOMPARE(form.oldPw(), QString());
+        QCOMPARE(form.confirmPw(), QString());
+    }
+};
+
+QTEST_MAIN(TestBrowserRules)
+#include "tst_browserrules.moc"

@@ -1,0 +1,163 @@
+// The desktop's file pickers and file icons for real: Qt's own file dialogs run offscreen and
+// are answered from a timer, as a person would answer them.
+
+#include "platform/Panels.h"
+#include "platform/Workspace.h"
+#include "support/Trees.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFileDialog>
+#include <QImage>
+#include <QPainter>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+#include <functional>
+
+namespace {
+
+// Runs `answer` on the file dialog once it is up; a dialog still open after it is cancelled.
+void whenDialogShows(const std::function<void(QFileDialog*)>& answer) {
+    auto* poll = new QTimer;
+    QObject::connect(poll, &QTimer::timeout, poll, [poll, answer] {
+        if (auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget())) {
+            poll->stop();
+            poll->deleteLater();
+            answer(dialog);
+            // An answer the dialog did not take ends it, so that the test fails instead of
+            // waiting forever.
+            if (dialog->isVisible())
+                dialog->reject();
+        }
+    });
+    poll->start(20);
+}
+
+// Selects an entry as a click in the dialog would, once its folder has been read.
+// (The file name field ignores a selection made while it has the focus.)
+void pick(QFileDialog* dialog, const QString& path) {
+    dialog->setDirectory(QFileInfo(path).path());
+    if (QWidget* focused = dialog->focusWidget())
+        focused->clearFocus();
+    const bool picked = QTest::qWaitFor([&] {
+        dialog->selectFile(path);
+        return dialog->selectedFiles() == QStringList(path);
+    });
+    if (!picked)
+        qWarning("Could not pick %s", qPrintable(path));
+}
+
+int inkedPixels(const QIcon& icon) {
+    QImage image(24, 24, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    icon.paint(&painter, image.rect());
+    painter.end();
+    int inked = 0;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            inked += qAlpha(image.pixel(x, y)) > 128;
+    return inked;
+}
+
+} // namespace
+
+class TestPlatformUi : public QObject {
+    Q_OBJECT
+
+private slots:
+    // Files and folders in one pick: a selected folder is taken, not opened.
+    void addPanelTakesFilesAndFolders() {
+        QTemporaryDir dir;
+        QDir().mkpath(dir.filePath("Photos"));
+        testsupport::writeFile(dir.filePath("a.txt"), "a");
+        platform::Panels panels;
+        QString acceptLabel;
+        QFileDialog::FileMode mode = QFileDialog::AnyFile;
+        whenDialogShows([&](QFileDialog* dialog) {
+            acceptLabel = dialog->labelText(QFileDialog::Accept);
+            mode = dialog->fileMode();
+            pick(dialog, dir.filePath("Photos"));
+            QMetaObject::invokeMethod(dialog, "accept");
+        });
+        const auto chosen = panels.runOpenPanel({.canChooseFiles = true,
+                                                 .canChooseDirectories = true,
+                                                 .allowsMultipleSelection = true,
+                                                 .prompt = "Add to Vault",
+                                                 .message = {}});
+        QCOMPARE(acceptLabel, "Add to Vault");
+        QCOMPARE(mode, QFileDialog::ExistingFiles);
+        QVERIFY(chosen.has_value());
+        QCOMPARE(*chosen, QList<QUrl>({QUrl::fromLocalFile(dir.filePath("Photos"))}));
+
+        whenDialogShows([&](QFileDialog* dialog) {
+            pick(dialog, dir.filePath("a.txt"));
+            QMetaObject::invokeMethod(dialog, "accept");
+        });
+        QCOMPARE(panels.runOpenPanel({true, true, true, "Add to Vault", {}}),
+                 QList<QUrl>({QUrl::fromLocalFile(dir.filePath("a.txt"))}));
+    }
+
+    void cancelledPanelsAnswerNothing() {
+        platform::Panels panels;
+        QString title;
+        whenDialogShows([&](QFileDialog* dialog) {
+            title = dialog->windowTitle();
+            dialog->reject();
+        });
+        QCOMPARE(panels.runOpenPanel(
+                     {false, true, false, "Move Here", "Choose destination outside the vault."}),
+                 std::nullopt);
+        QCOMPARE(title, "Choose destination outside the vault.");
+        whenDialogShows([](QFileDialog* dialog) { dialog->reject(); });
+        QCOMPARE(panels.runSavePanel({"Back Up Vault", "Back Up", {}, "x.7z", {}}), std::nullopt);
+    }
+
+    void savePanelProposesTheNameAndType() {
+        QTemporaryDir dir;
+        platform::Panels panels;
+        QString title;
+        QString proposed;
+        QStringList filters;
+        whenDialogShows([&](QFileDialog* dialog) {
+            title = dialog->windowTitle();
+            filters = dialog->nameFilters();
+            dialog->setDirectory(dir.path());
+            proposed = dialog->selectedFiles().value(0);
+            QMetaObject::invokeMethod(dialog, "accept");
+        });
+        const auto destination =
+            panels.runSavePanel({.title = "Back Up Vault",
+                                 .prompt = "Back Up",
+                                 .message = "Save an encrypted backup of your vault.",
+                                 .nameFieldStringValue = "MorvantaVault-Backup.7z",
+                                 .allowedContentTypes = {"application/x-7z-compressed"}});
+        QCOMPARE(title, "Back Up Vault");
+        QVERIFY2(proposed.endsWith("/MorvantaVault-Backup.7z"), qPrintable(proposed));
+        QCOMPARE(filters.size(), 1);
+        QVERIFY2(filters.first().contains("*.7z"), qPrintable(filters.first()));
+        QVERIFY(destination.has_value());
+        QCOMPARE(destination->fileName(), "MorvantaVault-Backup.7z");
+    }
+
+    // Icons come from the icon theme by type and draw something even without a desktop.
+    void itemIconsComeFromTheIconTheme() {
+        QTemporaryDir dir;
+        testsupport::writeFile(dir.filePath("Taxes.pdf"), "%PDF-1.4\n");
+        testsupport::writeFile(dir.filePath("notes.txt"), "notes");
+        testsupport::writeFile(dir.filePath("unknown.zzz9"), QByteArray(64, '\x01'));
+        QDir().mkpath(dir.filePath("Photos"));
+        for (const char* name : {"Taxes.pdf", "notes.txt", "unknown.zzz9", "Photos"}) {
+            const QIcon icon = platform::Workspace::iconFor(dir.filePath(name));
+            QVERIFY2(!icon.isNull(), qPrintable(name));
+            QVERIFY2(inkedPixels(icon) > 100, qPrintable(name));
+        }
+        QVERIFY(platform::Workspace::iconFor(dir.filePath("Photos")).name() !=
+                platform::Workspace::iconFor(dir.filePath("notes.txt")).name());
+    }
+};
+
+QTEST_MAIN(TestPlatformUi)
+#include "tst_platformui.moc"
