@@ -339,6 +339,11 @@ private slots:
     }
 
     void passwordStaysOffCommandLinesEnvironmentsAndDiskDuringChangeAndBackup() {
+        // A home of its own, so that anything written "home" by any library is seen here.
+        const QByteArray realHome = qgetenv("HOME");
+        qputenv("HOME", QFile::encodeName(m_support->filePath("home")));
+        QDir().mkpath(m_support->filePath("home"));
+        const auto restoreHome = qScopeGuard([&] { qputenv("HOME", realHome); });
         const QByteArray secret =
             "Old-" + QByteArray::number(QRandomGenerator::system()->generate64(), 36);
         const QByteArray next =
@@ -355,11 +360,13 @@ private slots:
                      vault->backupVault(QUrl::fromLocalFile(backup));
                  }),
                  QStringList());
+        vault->lock();
+        QVERIFY(!VaultManagerTestAccess::remembersPassword(*vault));
         for (const QByteArray& password : {secret, next}) {
-            for (const QString& folder : {m_support->path(), m_runtime->path(), QDir::tempPath()})
+            QCOMPARE(testsupport::processesHolding(password), QStringList());
+            for (const QString& folder : {QDir::homePath(), m_support->path(), m_runtime->path(), QDir::tempPath()})
                 QCOMPARE(testsupport::filesHolding(folder, password), QStringList());
         }
-        vault->lock();
     }
 
     void lockingClearsTheDesktopsTracesOfTheVault() {

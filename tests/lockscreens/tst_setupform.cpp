@@ -10,6 +10,20 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+namespace {
+
+// Records like the tool's stand-in, and like the real tool "create" leaves the image folder
+// behind.
+HDIUtilRunner creatingRunner(RecordingRunner& tool) {
+    return [recording = tool.runner()](const QStringList& args, const std::optional<QString>& input) {
+        if (args.first() == "create")
+            QDir().mkpath(args.last());
+        return recording(args, input);
+    };
+}
+
+} // namespace
+
 class TestSetupForm : public QObject {
     Q_OBJECT
 
@@ -158,14 +172,7 @@ private slots:
     void createsThenUnlocksWithTheSamePassword() {
         QTemporaryDir support;
         RecordingRunner tool;
-        // Like the real tool, "create" leaves the image folder behind.
-        VaultManager vault(support.path(),
-                           [recording = tool.runner()](const QStringList& args,
-                                                       const std::optional<QString>& input) {
-                               if (args.first() == "create")
-                                   QDir().mkpath(args.last());
-                               return recording(args, input);
-                           });
+        VaultManager vault(support.path(), creatingRunner(tool));
         tool.replies = {{0, {}, {}},
                         {0,
                          "<plist version=\"1.0\"><dict><key>system-entities</key><array><dict>"
@@ -194,13 +201,7 @@ private slots:
     void aVaultThatWillNotOpenAfterCreationIsReported() {
         QTemporaryDir support;
         RecordingRunner tool;
-        VaultManager vault(support.path(),
-                           [recording = tool.runner()](const QStringList& args,
-                                                       const std::optional<QString>& input) {
-                               if (args.first() == "create")
-                                   QDir().mkpath(args.last());
-                               return recording(args, input);
-                           });
+        VaultManager vault(support.path(), creatingRunner(tool));
         tool.replies = {{0, {}, {}}, {1, {}, "morvanta-hdiutil: attach failed - no FUSE."}};
         SetupForm form;
         form.setVault(&vault);

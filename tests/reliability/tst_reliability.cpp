@@ -14,7 +14,6 @@
 #include <QFile>
 #include <QJsonDocument>
 #include <QProcess>
-#include <QScopeGuard>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QTest>
@@ -402,24 +401,6 @@ private slots:
                         .contains("Max core file size 0 0 bytes"));
         tool.closeWriteChannel();
         tool.waitForFinished();
-    }
-
-    void thePasswordIsNowhereOnDiskOrInOtherProcesses() {
-        // A home of its own, so that anything written "home" by any library is seen here.
-        const QByteArray realHome = qgetenv("HOME");
-        qputenv("HOME", QFile::encodeName(home()));
-        const auto restoreHome = qScopeGuard([&] { qputenv("HOME", realHome); });
-        const QByteArray secret = "Nowhere-" + QByteArray::number(QRandomGenerator::system()->generate64(), 36);
-        auto vault = startApp();
-        vault->createVault(secret);
-        vault->unlock(secret);
-        QVERIFY(writeFile(root(*vault) + "/a.txt", "a"));
-        vault->backupVault(QUrl::fromLocalFile(home("backup.7z")));
-        vault->changePassword(secret, secret + "2");
-        vault->lock();
-        QCOMPARE(testsupport::processesHolding(secret), QStringList());
-        for (const QString& folder : {QDir::homePath(), m_runtime->path(), QDir::tempPath()})
-            QCOMPARE(testsupport::filesHolding(folder, secret), QStringList());
     }
 
     void passwordsTheBackendCannotTakeAreRefusedClearly() {
