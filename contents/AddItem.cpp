@@ -3,6 +3,7 @@
 
 #include "OriginsRegistry.h"
 #include "engine/VaultManager.h"
+#include "platform/DesktopTraces.h"
 #include "platform/Files.h"
 #include "platform/Process.h"
 #include "platform/ToolLocation.h"
@@ -29,11 +30,13 @@ bool isSameOrInside(const QString& path, const QString& folder) {
     return path == folder || path.startsWith(folder.endsWith('/') ? folder : folder + '/');
 }
 
-int runCommand(const QStringList& command) {
+int runCommand(const QStringList& command, const QByteArray& input) {
     std::vector<std::string> args;
     for (qsizetype i = 1; i < command.size(); ++i)
         args.push_back(local(command[i]));
-    return platform::runProcess(local(command.first()), args, std::nullopt).status;
+    return platform::runProcess(local(command.first()), args,
+                                std::string_view(input.constData(), std::size_t(input.size())))
+        .status;
 }
 
 QStringList elevatedRemovalCommand(const QString& path) {
@@ -78,44 +81,55 @@ void VaultManager::addItem(const QUrl& url) {
     requireMounted();
     const QString name = url.fileName();
     const QString source = url.toLocalFile();
-    if (QDir::cleanPath(source).startsWith(QStringLiteral("/System/")) || touchesTheVault(source))
+    const QString resolved = resolvedItemPath(source);
+    if (platform::isProtectedSystemPath(local(resolved), local(QDir::homePath())) ||
+        touchesTheVault(source))
         throw VaultError::cannotMoveSource(name);
-
+    if (isReservedName(name)) {
+        throw VaultError::ioFailed(QStringLiteral("\u201C%1\u201D is a name the vault keeps for "
+                                                  "itself. Rename the item, then add it.").arg(name));
+    }
     const QString destination = vaultRoot() + QLatin1Char('/') + name;
-    if (name == kOriginsRegistryName || name == kOriginsDraftName || platform::existsNoFollow(local(destination)))
+    if (platform::existsNoFollow(local(destination)))
         throw VaultError::ioFailed(QStringLiteral("Item with same name already in vault."));
 
-    // The vault copy is complete and on stable storage (the volume, and the file system that
-    // holds the image) before the original goes: a power cut at any moment leaves at least
-    // one whole copy.
-    platform::FileError error = m_files->copyTree(local(source), local(destination));
-    if (!error)
-        error = m_files->flush(local(destination));
-    if (!error)
-        error = m_files->flush(local(bundlePath()));
-    if (error) {
-        m_files->removeTree(local(destination));
-        throw VaultError::ioFailed(QString::fromStdString(*error));
-    }
+    const platform::TreeSurvey survey = surveyItem(source);
+    stageCopy(source, destination, survey);
+    // Recorded before the original goes: an item in the vault always knows its way back.
     try {
-        removeOriginal(url);
+        setOrigin(source, name);
     } catch (const VaultError&) {
-        // The original stays; so must nothing of it in the vault.
-        m_files->removeTree(local(destination));
+        m_files->erase(local(destination));
         throw;
     }
-    setOrigin(source, name);
+    removeOriginal(url, survey);
     refreshItems();
 }
 
-void VaultManager::removeOriginal(const QUrl& url) {
-    const std::string path = local(url.toLocalFile());
+void VaultManager::removeOriginal(const QUrl& url, const platform::TreeSurvey& survey) {
+    const QString source = url.toLocalFile();
+    const std::string path = local(source);
     // A plain removal that would stop half-way is not begun: it would destroy part of the
     // original before the administrator is even asked.
-    if (platform::canRemoveTree(path) && !m_files->removeTree(path))
-        return;
-    const CommandRunner& run = m_elevationRunner ? m_elevationRunner : CommandRunner(runCommand);
-    const int status = run(elevatedRemovalCommand(url.toLocalFile()));
-    if (status != 0 || platform::existsNoFollow(path))
+    if (platform::canRemoveTree(path))
+        m_files->remove(path, survey, false);
+    if (platform::removableLeft(path, survey)) {
+        const CommandRunner& run = m_elevationRunner ? m_elevationRunner : CommandRunner(runCommand);
+        run(elevatedRemovalCommand(source), QByteArray::fromStdString(platform::encodeSurvey(survey)));
+    }
+    if (platform::untouched(path, survey)) {
+        // Nothing has gone, so the original is whole where it was: the add is undone.
+        m_files->erase(local(vaultRoot() + QLatin1Char('/') + url.fileName()));
+        try {
+            setOrigin(std::nullopt, url.fileName());
+        } catch (const VaultError&) {
+        }
         throw VaultError::cannotRemoveSource(url.fileName());
+    }
+    platform::forgetTracesBelow({source});
+    if (platform::existsNoFollow(path)) {
+        // Part of it has gone: the vault's copy is now the only whole one and stays.
+        refreshItems();
+        throw VaultError::ioFailed(leftBehindMessage(url.fileName(), source));
+    }
 }

@@ -10,7 +10,12 @@
 #include <QSet>
 
 #include <algorithm>
+#include <cstring>
+#include <dirent.h>
+#include <fcntl.h>
 #include <filesystem>
+#include <limits>
+#include <sys/stat.h>
 
 namespace fs = std::filesystem;
 
@@ -32,6 +37,10 @@ QString kindOf(const QString& path) {
 
 } // namespace
 
+bool isReservedName(const QString& name) {
+    return kExcludedNames.contains(name) || name == kOriginsDraftName || name.startsWith(kStagingPrefix);
+}
+
 void VaultManager::refreshItems() {
     if (m_mountPoint.isEmpty()) {
         setItems({});
@@ -42,7 +51,7 @@ void VaultManager::refreshItems() {
     fs::directory_iterator it(QFile::encodeName(vaultRoot()).toStdString(), error);
     for (; !error && it != fs::directory_iterator(); it.increment(error)) {
         const QString name = QFile::decodeName(it->path().filename().c_str());
-        if (!kExcludedNames.contains(name))
+        if (!isReservedName(name))
             names.append(name);
     }
     if (error) {
@@ -80,32 +89,33 @@ VaultItem VaultManager::makeItem(const QUrl& url) const {
 }
 
 // Logical sizes: a folder counts the bytes of every regular file below it. Links add
-// nothing and are never followed.
+// nothing and are never followed; an unreadable folder is left out and the walk goes on.
+// Sparse files can add up past what 64 bits hold, so the total stops at the largest value.
 std::optional<qint64> VaultManager::sizeOfItem(const QUrl& url) const {
     const std::string path = QFile::encodeName(url.toLocalFile()).toStdString();
     if (!platform::isDirectoryNoFollow(path))
         return platform::entrySize(path);
 
     qint64 total = 0;
-    std::error_code error;
-    fs::recursive_directory_iterator it(path, fs::directory_options::skip_permission_denied,
-                                        error);
-    if (error)
-        return 0;
-    for (; it != fs::recursive_directory_iterator(); it.increment(error)) {
-        if (error) {
-            // An unreadable entry is left out of the total; the walk goes on past it.
-            error.clear();
+    std::vector<std::string> folders{path};
+    while (!folders.empty()) {
+        const std::string folder = std::move(folders.back());
+        folders.pop_back();
+        DIR* dir = ::opendir(folder.c_str());
+        if (!dir)
             continue;
+        while (const dirent* entry = ::readdir(dir)) {
+            if (std::strcmp(entry->d_name, ".") == 0 || std::strcmp(entry->d_name, "..") == 0)
+                continue;
+            struct stat info {};
+            if (::fstatat(::dirfd(dir), entry->d_name, &info, AT_SYMLINK_NOFOLLOW) != 0)
+                continue;
+            if (S_ISDIR(info.st_mode))
+                folders.push_back(folder + '/' + entry->d_name);
+            else if (S_ISREG(info.st_mode) && __builtin_add_overflow(total, qint64(info.st_size), &total))
+                total = std::numeric_limits<qint64>::max();
         }
-        std::error_code statusError;
-        if (!it->is_regular_file(statusError) || it->is_symlink(statusError))
-            continue;
-        const std::uintmax_t size = it->file_size(statusError);
-        if (statusError)
-            continue;
-        if (__builtin_add_overflow(total, qint64(size), &total))
-            qFatal("The size of %s overflows", path.c_str());
+        ::closedir(dir);
     }
     return total;
 }

@@ -4,11 +4,14 @@
 #include "OriginsRegistry.h"
 #include "engine/VaultManager.h"
 
+#include <QDir>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -17,18 +20,23 @@
 namespace {
 
 // Written whole beside the registry and renamed over it, so that a crash part-way leaves the
-// previous registry rather than a truncated one.
-void replaceFile(const QString& path, const QString& draftPath, const QByteArray& bytes) {
+// previous registry rather than a truncated one. The draft is made new, never through
+// whatever may have been planted at its name.
+platform::FileError replaceFile(const QString& path, const QString& draftPath, const QByteArray& bytes) {
     const QByteArray draft = QFile::encodeName(draftPath);
-    const int fd = ::open(draft.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    ::unlink(draft.constData());
+    const int fd = ::open(draft.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
     if (fd < 0)
-        return;
+        return std::string(std::strerror(errno));
     const bool written = ::write(fd, bytes.constData(), std::size_t(bytes.size())) == bytes.size() &&
                          ::fsync(fd) == 0;
+    const int writeError = errno;
     if (::close(fd) == 0 && written &&
         std::rename(draft.constData(), QFile::encodeName(path).constData()) == 0)
-        return;
+        return std::nullopt;
+    const int error = written ? errno : writeError;
     ::unlink(draft.constData());
+    return std::string(std::strerror(error ? error : EIO));
 }
 
 QString parentFolder(const QString& path) {
@@ -71,13 +79,24 @@ void VaultManager::setOrigin(const std::optional<QString>& path, const QString& 
     QJsonObject object;
     for (auto it = origins.cbegin(); it != origins.cend(); ++it)
         object.insert(it.key(), it.value());
-    replaceFile(vaultRoot() + QLatin1Char('/') + kOriginsRegistryName,
-                vaultRoot() + QLatin1Char('/') + kOriginsDraftName,
-                QJsonDocument(object).toJson(QJsonDocument::Compact));
+    const platform::FileError error =
+        replaceFile(vaultRoot() + QLatin1Char('/') + kOriginsRegistryName,
+                    vaultRoot() + QLatin1Char('/') + kOriginsDraftName,
+                    QJsonDocument(object).toJson(QJsonDocument::Compact));
+    if (error) {
+        throw VaultError::ioFailed(QStringLiteral("Couldn\u2019t record where items came from: ") +
+                                   QString::fromStdString(*error) + QLatin1Char('.'));
+    }
 }
 
-void VaultManager::removeRegistryDraft() {
-    QFile::remove(vaultRoot() + QLatin1Char('/') + kOriginsDraftName);
+// What a crash can leave at the vault's root: a registry draft, and copies that never got
+// their name (their originals were not touched).
+void VaultManager::removeUnfinishedWork() {
+    const QDir root(vaultRoot());
+    for (const QString& name : root.entryList(QDir::AllEntries | QDir::Hidden | QDir::System)) {
+        if (name == kOriginsDraftName || name.startsWith(kStagingPrefix))
+            m_files->erase(QFile::encodeName(root.filePath(name)).toStdString());
+    }
 }
 
 std::optional<QString> VaultManager::restoreFolder(const QUrl& url) const {

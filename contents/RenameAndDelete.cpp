@@ -30,21 +30,28 @@ void VaultManager::renameItem(const QUrl& url, const QString& newName) {
     if (finalName == oldName)
         return;
     const QString destination = vaultRoot() + QLatin1Char('/') + finalName;
-    if (finalName == kOriginsRegistryName || finalName == kOriginsDraftName ||
-        platform::existsNoFollow(local(destination))) {
+    if (isReservedName(finalName)) {
+        throw VaultError::ioFailed(QStringLiteral("\u201C%1\u201D is a name the vault keeps for "
+                                                  "itself. Choose another name.").arg(finalName));
+    }
+    if (platform::existsNoFollow(local(destination))) {
         throw VaultError::ioFailed(QStringLiteral("An item named \u201C") + finalName +
                                    QStringLiteral("\u201D is already in the vault."));
     }
-    if (const platform::FileError error = m_files->moveItem(local(url.toLocalFile()), local(destination)))
+    if (const platform::FileError error = m_files->rename(local(url.toLocalFile()), local(destination)))
         throw VaultError::ioFailed(QString::fromStdString(*error));
 
+    // The item has its new name now, whatever happens to the registry: the list must say so.
+    struct Refresh {
+        VaultManager* vault;
+        ~Refresh() { vault->refreshItems(); }
+    } refresh{this};
     const QMap<QString, QString> origins = loadOrigins();
     const std::optional<QString> origin =
         origins.contains(oldName) ? std::optional<QString>(origins.value(oldName)) : std::nullopt;
     setOrigin(std::nullopt, oldName);
     // Always written: without an origin it clears a stale one left under the new name.
     setOrigin(origin, finalName);
-    refreshItems();
 }
 
 void VaultManager::deleteItem(const QUrl& url) {
@@ -52,7 +59,7 @@ void VaultManager::deleteItem(const QUrl& url) {
     const QString path = QDir::cleanPath(url.toLocalFile());
     if (QDir::cleanPath(QFileInfo(path).path()) != QDir::cleanPath(vaultRoot()))
         throw VaultError::ioFailed(QStringLiteral("Item is not inside the vault."));
-    if (const platform::FileError error = m_files->removeTree(local(path)))
+    if (const platform::FileError error = m_files->erase(local(path)))
         throw VaultError::ioFailed(QString::fromStdString(*error));
     setOrigin(std::nullopt, url.fileName());
     refreshItems();

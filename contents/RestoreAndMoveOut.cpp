@@ -31,10 +31,7 @@ void VaultManager::restoreItem(const QUrl& url) {
         throw VaultError::ioFailed(
             QStringLiteral("Something already exists at the original location:\n") + target);
     }
-    if (const platform::FileError error = m_files->moveItem(local(url.toLocalFile()), local(target)))
-        throw VaultError::ioFailed(QString::fromStdString(*error));
-    setOrigin(std::nullopt, name);
-    refreshItems();
+    moveOut(url, target);
 }
 
 // Works on the URLs it is given: the browser offers only vault items, and a folder chosen
@@ -44,8 +41,23 @@ void VaultManager::removeItem(const QUrl& url, const QUrl& folder) {
     const QString target = folder.toLocalFile() + QLatin1Char('/') + name;
     if (platform::existsNoFollow(local(target)))
         throw VaultError::ioFailed(QStringLiteral("File with same name exists at destination."));
-    if (const platform::FileError error = m_files->moveItem(local(url.toLocalFile()), local(target)))
-        throw VaultError::ioFailed(QString::fromStdString(*error));
-    setOrigin(std::nullopt, name);
+    moveOut(url, target);
+}
+
+// Both ways out: a whole copy at `target` first, then the origin forgotten, then the vault's
+// copy removed, entry by entry as it was copied.
+void VaultManager::moveOut(const QUrl& url, const QString& target) {
+    const QString item = url.toLocalFile();
+    const platform::TreeSurvey survey = surveyItem(item);
+    stageCopy(item, target, survey);
+    try {
+        setOrigin(std::nullopt, url.fileName());
+    } catch (const VaultError&) {
+        m_files->erase(local(target));
+        throw;
+    }
+    m_files->remove(local(item), survey, true);
     refreshItems();
+    if (platform::existsNoFollow(local(item)))
+        throw VaultError::ioFailed(leftBehindMessage(url.fileName(), item));
 }

@@ -95,7 +95,7 @@ void VaultManager::attach(const QString& password) {
     forgetPassword();
     // A copy of our own, so that forgetting it can overwrite it.
     m_unlockedPassword = QString(password.constData(), password.size());
-    removeRegistryDraft();
+    removeUnfinishedWork();
     refreshItems();
     restartIdleTimer();
 }

@@ -92,7 +92,8 @@ public:
     // Runs a command (program first, then its arguments) and gives its exit status, or -1
     // when it could not be started. Used for removing an original that needs an
     // administrator's consent; tests put their own in its place.
-    using CommandRunner = std::function<int(const QStringList& command)>;
+    // The command's standard input receives `input`.
+    using CommandRunner = std::function<int(const QStringList& command, const QByteArray& input)>;
     void setElevationRunner(CommandRunner runner);
     // The file operations on the user's items; tests watch them through their own.
     void setFileLayer(std::shared_ptr<platform::FileLayer> files);
@@ -122,10 +123,19 @@ private:
     VaultItem makeItem(const QUrl& url) const;
     std::optional<qint64> sizeOfItem(const QUrl& url) const;
     QMap<QString, QString> loadOrigins() const;
+    // Throws ioFailed when the registry cannot be written.
     void setOrigin(const std::optional<QString>& path, const QString& name);
-    void removeRegistryDraft();
-    void removeOriginal(const QUrl& url);
+    void removeUnfinishedWork();
+    void removeOriginal(const QUrl& url, const platform::TreeSurvey& survey);
     bool touchesTheVault(const QString& path) const;
+
+    // The steps every move shares (contents/Transfer.cpp).
+    platform::TreeSurvey surveyItem(const QString& path);
+    void stageCopy(const QString& source, const QString& target, const platform::TreeSurvey& survey);
+    void flushFor(const QString& path);
+    bool isInVault(const QString& path) const;
+    void moveOut(const QUrl& url, const QString& target);
+    QString leftBehindMessage(const QString& name, const QString& original) const;
 
     void setUnlocked(bool unlocked);
     void setMountPoint(const QUrl& mountPoint);

@@ -8,11 +8,14 @@
 
 namespace platform {
 
-FileError FileLayer::copyTree(const std::string& from, const std::string& to) {
-    return platform::copyTree(from, to);
+FileError FileLayer::survey(const std::string& path, TreeSurvey& survey) {
+    return surveyTree(path, survey);
 }
 
-FileError FileLayer::removeTree(const std::string& path) { return platform::removeTree(path); }
+FileError FileLayer::copy(const std::string& from, const std::string& to, const TreeSurvey& survey,
+                          const CopyObserver& observer) {
+    return copySurveyed(from, to, survey, observer);
+}
 
 FileError FileLayer::flush(const std::string& path) {
     // The folder holding `path` is on the same file system and exists whether or not `path`
@@ -29,26 +32,18 @@ FileError FileLayer::flush(const std::string& path) {
     return std::nullopt;
 }
 
-FileError FileLayer::moveItem(const std::string& from, const std::string& to) {
+FileError FileLayer::rename(const std::string& from, const std::string& to) {
     if (existsNoFollow(to))
         return failureToMove(from, EEXIST);
-    switch (renameWithinFileSystem(from, to)) {
-    case RenameResult::Renamed:
-        return flush(to);
-    case RenameResult::Failed:
+    if (renameWithinFileSystem(from, to) != RenameResult::Renamed)
         return failureToMove(from, errno);
-    case RenameResult::OtherFileSystem:
-        break;
-    }
-    if (FileError error = copyTree(from, to)) {
-        removeTree(to);
-        return error;
-    }
-    if (FileError error = flush(to)) {
-        removeTree(to);
-        return error;
-    }
-    return removeTree(from);
+    return std::nullopt;
 }
+
+FileError FileLayer::remove(const std::string& root, const TreeSurvey& survey, bool makeWritable) {
+    return removeSurveyed(root, survey, makeWritable);
+}
+
+FileError FileLayer::erase(const std::string& path) { return removeTree(path); }
 
 } // namespace platform

@@ -1,25 +1,30 @@
 #pragma once
 
-#include "Files.h"
+#include "TreeCopy.h"
+#include "TreeRemoval.h"
 
 #include <string>
 
 namespace platform {
 
 // The file operations that move a user's items, behind one seam so that tests can watch
-// their order (a copy must be on stable storage before its original goes). The base class
-// does them for real.
+// their order (a copy must be on stable storage before its original goes) and stop them
+// part-way. The base class does them for real.
 class FileLayer {
 public:
     virtual ~FileLayer() = default;
 
-    virtual FileError copyTree(const std::string& from, const std::string& to);
-    virtual FileError removeTree(const std::string& path);
+    virtual FileError survey(const std::string& path, TreeSurvey& survey);
+    virtual FileError copy(const std::string& from, const std::string& to, const TreeSurvey& survey,
+                           const CopyObserver& observer);
     // Puts everything written to the file system that holds `path` on stable storage.
     virtual FileError flush(const std::string& path);
-    // A rename within a file system; across file systems a copy, flushed, and only then the
-    // removal of the original. A copy that fails is removed again.
-    virtual FileError moveItem(const std::string& from, const std::string& to);
+    // Within one file system, never replacing anything at `to`.
+    virtual FileError rename(const std::string& from, const std::string& to);
+    // Removes what the survey saw and is unchanged (see removeSurveyed).
+    virtual FileError remove(const std::string& root, const TreeSurvey& survey, bool makeWritable);
+    // Removes one of the app's own copies whole.
+    virtual FileError erase(const std::string& path);
 };
 
 } // namespace platform

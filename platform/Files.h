@@ -16,13 +16,6 @@ using FileError = std::optional<std::string>;
 bool existsNoFollow(const std::string& path);
 bool isDirectoryNoFollow(const std::string& path);
 
-// Copies `from` to `to`, which must not exist: folders recursively, links as links, modes and
-// times kept. A failed copy leaves what it made for the caller to remove.
-FileError copyTree(const std::string& from, const std::string& to);
-
-// Removes `path` and everything below it.
-FileError removeTree(const std::string& path);
-
 // Whether this process may remove `path` and everything below it: every folder involved is
 // writable and on a writable file system, and no sticky folder protects another user's
 // entry. Asked before removing, so that a removal that would fail part-way is not begun.
@@ -33,6 +26,10 @@ bool canRemoveTree(const std::string& path);
 enum class RenameResult { Renamed, OtherFileSystem, Failed };
 RenameResult renameWithinFileSystem(const std::string& from, const std::string& to);
 std::string failureToMove(const std::string& from, int error);
+
+// Whether `path` (absolute, with its folders resolved) is part of the operating system, or a
+// folder that holds others' things (the root, /home, the home folder itself): never moved.
+bool isProtectedSystemPath(const std::string& path, const std::string& home);
 
 // Whether a file system is mounted at `path` (false when nothing readable is there, as with
 // a FUSE mount whose daemon has died).

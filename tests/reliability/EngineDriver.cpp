@@ -3,7 +3,7 @@
 //   engine-driver SUPPORT wait              stay unlocked until killed
 //   engine-driver SUPPORT add PATH [N]      add PATH; with N, die (SIGKILL) just before the
 //                                           N-th file operation (0 = the first), or just
-//                                           after the last one (4) for an add of 4 steps
+//                                           after the original's removal when N is past it
 //   engine-driver SUPPORT rename NAME       rename NAME to "renamed" and back, over and over
 // It prints "ready" once unlocked, then "done" when the job is over.
 
@@ -37,8 +37,8 @@ int main(int argc, char** argv) {
                 if (files->calls.size() - 1 == dieAt)
                     std::raise(SIGKILL);
             };
-            files->afterEach = [files, dieAt](const QString&) {
-                if (files->calls.size() == dieAt && dieAt == 4)
+            files->afterEach = [files, dieAt](const QString& call) {
+                if (call.startsWith("remove ") && files->calls.size() <= dieAt)
                     std::raise(SIGKILL);
             };
             vault.setFileLayer(files);

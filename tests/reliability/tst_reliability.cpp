@@ -133,6 +133,7 @@ class TestReliability : public QObject {
         restarted->unlock("pw");
         const QString name = QFileInfo(original).fileName();
         QVERIFY(registryReads(root(*restarted)));
+        QVERIFY(QDir(root(*restarted)).entryList({".morvanta-staging-*"}, QDir::AllEntries | QDir::Hidden).isEmpty());
         const QString inVault = root(*restarted) + '/' + name;
         for (auto it = files.cbegin(); it != files.cend(); ++it) {
             const QString outside = original + '/' + it.key();
@@ -309,9 +310,8 @@ private slots:
     }
 
     void theAppKilledAtEveryStepOfAnAddLosesNothing() {
-        // Copy, flush the volume, flush the image's file system, remove the original; and
-        // once more past the last step, before the registry is written.
-        for (int step = 0; step <= 4; ++step) {
+        // Before every file operation of an add, and once more after the original's removal.
+        for (int step = 0; step <= 8; ++step) {
             cleanup();
             init();
             newUnlockedVault()->lock();
@@ -343,6 +343,7 @@ private slots:
         QVERIFY(!restarted->isUnlocked());
         restarted->unlock("pw");
         QVERIFY(registryReads(root(*restarted)));
+        QVERIFY(QDir(root(*restarted)).entryList({".morvanta-staging-*"}, QDir::AllEntries | QDir::Hidden).isEmpty());
         QStringList names;
         for (const VaultItem& item : restarted->items())
             names << item.name;

@@ -7,25 +7,35 @@
 
 #include <functional>
 
-// The real file layer, with every call written down first ("copy A -> B", "flush P",
-// "remove P", "move A -> B"), and hooks that run before and after each call is carried out.
+// The real file layer, with every call written down first ("survey P", "copy A -> B",
+// "flush P", "rename A -> B", "remove P", "erase P"), and hooks that run before and after each.
 class RecordingFileLayer : public platform::FileLayer {
 public:
     QStringList calls;
     std::function<void(const QString& call)> beforeEach;
     std::function<void(const QString& call)> afterEach;
 
-    platform::FileError copyTree(const std::string& from, const std::string& to) override {
-        return recorded("copy " + from + " -> " + to, [&] { return FileLayer::copyTree(from, to); });
+    platform::FileError survey(const std::string& path, platform::TreeSurvey& survey) override {
+        return recorded("survey " + path, [&] { return FileLayer::survey(path, survey); });
     }
-    platform::FileError removeTree(const std::string& path) override {
-        return recorded("remove " + path, [&] { return FileLayer::removeTree(path); });
+    platform::FileError copy(const std::string& from, const std::string& to,
+                             const platform::TreeSurvey& survey,
+                             const platform::CopyObserver& observer) override {
+        return recorded("copy " + from + " -> " + to,
+                        [&] { return FileLayer::copy(from, to, survey, observer); });
     }
     platform::FileError flush(const std::string& path) override {
         return recorded("flush " + path, [&] { return FileLayer::flush(path); });
     }
-    platform::FileError moveItem(const std::string& from, const std::string& to) override {
-        return recorded("move " + from + " -> " + to, [&] { return FileLayer::moveItem(from, to); });
+    platform::FileError rename(const std::string& from, const std::string& to) override {
+        return recorded("rename " + from + " -> " + to, [&] { return FileLayer::rename(from, to); });
+    }
+    platform::FileError remove(const std::string& root, const platform::TreeSurvey& survey,
+                               bool makeWritable) override {
+        return recorded("remove " + root, [&] { return FileLayer::remove(root, survey, makeWritable); });
+    }
+    platform::FileError erase(const std::string& path) override {
+        return recorded("erase " + path, [&] { return FileLayer::erase(path); });
     }
 
 private:

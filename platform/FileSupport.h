@@ -1,0 +1,46 @@
+#pragma once
+
+// Small pieces shared by the file operations of this folder; not for use elsewhere.
+
+#include <cerrno>
+#include <cstring>
+#include <string>
+#include <unistd.h>
+
+namespace platform {
+
+inline std::string fileName(const std::string& path) {
+    const std::size_t slash = path.find_last_of('/');
+    return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+inline std::string quoted(const std::string& name) { return "\u201C" + name + "\u201D"; }
+
+// "Couldn’t copy “name”: reason." — the words a person sees for a failed step.
+inline std::string failure(const char* verb, const std::string& path, int error) {
+    return std::string("Couldn\u2019t ") + verb + " " + quoted(fileName(path)) + ": " +
+           std::strerror(error) + ".";
+}
+
+class ScopedFd {
+public:
+    explicit ScopedFd(int fd) : m_fd(fd) {}
+    ScopedFd(const ScopedFd&) = delete;
+    ScopedFd& operator=(const ScopedFd&) = delete;
+    ~ScopedFd() {
+        if (m_fd >= 0)
+            ::close(m_fd);
+    }
+    int get() const { return m_fd; }
+    // Closing can report a write that failed late.
+    int close() {
+        const int result = ::close(m_fd);
+        m_fd = -1;
+        return result;
+    }
+
+private:
+    int m_fd;
+};
+
+} // namespace platform
