@@ -373,7 +373,8 @@ std::string attach(const ToolCommand& command, int stdinFd) {
     const Secret line = password.asLine();
     const platform::ProcessResult run = platform::runProcess(
         gocryptfs,
-        {"-q", "-nosyslog", "-fsname", fsName, "-ko", "nosuid,nodev", image, mountPoint},
+        // -acl: ACLs are kept like any other attribute of the files moved in.
+        {"-q", "-nosyslog", "-acl", "-fsname", fsName, "-ko", "nosuid,nodev", image, mountPoint},
         line.bytes(), platform::OutputCapture::MemoryFiles);
     if (run.status != 0) {
         ::rmdir(mountPoint.c_str());

@@ -41,29 +41,6 @@ void setModeAndTime(const QString& path, mode_t mode, qint64 mtime) {
     QVERIFY(::utimensat(AT_FDCWD, QFile::encodeName(path), times, AT_SYMLINK_NOFOLLOW) == 0);
 }
 
-// A folder the test process cannot remove anything from, even as root: a small file system
-// that is filled and then made read-only. Only root may mount one.
-class ReadOnlyFolder {
-public:
-    explicit ReadOnlyFolder(const QString& path) : m_path(path) {
-        QDir().mkpath(path);
-        m_mounted = ::mount("none", QFile::encodeName(path), "tmpfs", 0, "size=4m") == 0;
-    }
-    ~ReadOnlyFolder() {
-        if (m_mounted)
-            ::umount2(QFile::encodeName(m_path), MNT_DETACH);
-    }
-    bool mounted() const { return m_mounted; }
-    bool setReadOnly(bool readOnly) {
-        return ::mount("none", QFile::encodeName(m_path), nullptr,
-                       MS_REMOUNT | (readOnly ? MS_RDONLY : 0), "size=4m") == 0;
-    }
-
-private:
-    QString m_path;
-    bool m_mounted = false;
-};
-
 } // namespace
 
 class TestContents : public QObject {
@@ -250,7 +227,7 @@ private slots:
         rejects("IO failed: Item with same name already in vault.",
                 [&] { m_vault->addItem(url(home("Notes.txt"))); });
         // Names the list hides are reserved: an item under one would be out of reach.
-        for (const QString& reserved : {".morvanta-origins.json", ".DS_Store", ".fseventsd",
+        for (const QString reserved : {".morvanta-origins.json", ".DS_Store", ".fseventsd",
                                         ".morvanta-staging-1f"}) {
             QVERIFY(writeFile(home(reserved), "mine"));
             rejects(QString::fromUtf8("IO failed: “%1” is a name the vault keeps for itself. Rename "
@@ -316,7 +293,8 @@ private slots:
     void anOriginalThatCannotBeRemovedStaysWhole() {
         if (::geteuid() != 0)
             QSKIP("needs root to mount a read-only folder");
-        ReadOnlyFolder protectedFolder(home("Protected"));
+        // A folder the test cannot remove anything from, even as root: a read-only file system.
+        testsupport::ScopedTmpfs protectedFolder(home("Protected"));
         QVERIFY(protectedFolder.mounted());
         QDir().mkpath(home("Protected/App/lib"));
         QVERIFY(writeFile(home("Protected/App/lib/core.so"), "binary"));
@@ -358,7 +336,7 @@ private slots:
         m_runtime = std::make_unique<testsupport::ScopedRuntimeDir>();
         m_home = std::make_unique<QTemporaryDir>();
         // The vault lives on a file system too small for what is added.
-        ReadOnlyFolder small(home(".support"));
+        testsupport::ScopedTmpfs small(home(".support"), "size=4m");
         QVERIFY(small.mounted());
         m_vault = std::make_unique<VaultManager>(home(".support"), testsupport::fastToolRunner());
         m_vault->createVault("pw");

@@ -27,42 +27,12 @@
 #include <unistd.h>
 
 using testsupport::errorOf;
+using testsupport::fillUp;
 using testsupport::readFile;
 using testsupport::treeOf;
 using testsupport::writeFile;
 
 namespace {
-
-// A small tmpfs at `path`, for a file system that runs full. Only root may mount one.
-class SmallFileSystem {
-public:
-    SmallFileSystem(const QString& path, const char* size) : m_path(QFile::encodeName(path)) {
-        QDir().mkpath(path);
-        m_mounted = ::mount("none", m_path, "tmpfs", 0, (QByteArray("size=") + size).constData()) == 0;
-    }
-    ~SmallFileSystem() {
-        if (m_mounted)
-            ::umount2(m_path, MNT_DETACH);
-    }
-    bool mounted() const { return m_mounted; }
-
-private:
-    QByteArray m_path;
-    bool m_mounted = false;
-};
-
-// Fills the file system holding `folder` until not one more byte fits.
-void fillUp(const QString& folder) {
-    QFile filler(folder + "/filler");
-    if (!filler.open(QIODevice::WriteOnly))
-        return;
-    const QByteArray chunk(4096, 'f');
-    while (filler.write(chunk) == chunk.size() && filler.flush()) {
-    }
-    QByteArray one(1, 'f');
-    while (filler.write(one) == 1 && filler.flush()) {
-    }
-}
 
 // Every file below `root` by its path relative to it, with its bytes.
 QMap<QString, QByteArray> filesBelow(const QString& root) {
@@ -208,7 +178,7 @@ private slots:
     void aFullFileSystemDuringABackupKeepsTheOldOne() {
         requireRoot("needs root to mount a small file system");
         auto vault = newUnlockedVault();
-        SmallFileSystem small(home("usb"), "1m");
+        testsupport::ScopedTmpfs small(home("usb"), "size=1m");
         QVERIFY(small.mounted());
         QVERIFY(writeFile(root(*vault) + "/small.txt", "small"));
         const QUrl backup = QUrl::fromLocalFile(home("usb/MorvantaVault-Backup.7z"));
@@ -228,7 +198,7 @@ private slots:
 
     void aFullFileSystemDuringAPasswordChangeKeepsTheOldPassword() {
         requireRoot("needs root to mount a small file system");
-        SmallFileSystem small(support(), "2m");
+        testsupport::ScopedTmpfs small(support(), "size=2m");
         QVERIFY(small.mounted());
         auto vault = newUnlockedVault();
         QVERIFY(writeFile(root(*vault) + "/notes.txt", "notes"));

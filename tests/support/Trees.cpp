@@ -5,18 +5,48 @@
 #include <QDirIterator>
 #include <QFile>
 
+#include <algorithm>
+#include <sys/mount.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace testsupport {
 
 namespace {
 
-QByteArray describe(const QString& path, Detail detail) {
+// Attribute names and values, sorted; ACLs are attributes too.
+QByteArray attributesOf(const QByteArray& path) {
+    QByteArray names(65536, '\0');
+    const ssize_t length = ::llistxattr(path.constData(), names.data(), names.size());
+    QList<QByteArray> described;
+    for (const QByteArray& name : names.left(length < 0 ? 0 : length).split('\0')) {
+        QByteArray value(65536, '\0');
+        const ssize_t size = name.isEmpty() ? -1 : ::lgetxattr(path.constData(), name.constData(), value.data(), value.size());
+        if (size >= 0)
+            described.append(name + "=" + value.left(size).toHex());
+    }
+    std::sort(described.begin(), described.end());
+    return " xattrs [" + described.join(' ') + "]";
+}
+
+QByteArray describe(const QString& path, Detail detail, QMap<QPair<dev_t, ino_t>, QString>& links,
+                    const QString& relative) {
     const QByteArray local = QFile::encodeName(path);
     struct stat info {};
     if (::lstat(local.constData(), &info) != 0)
         return "<missing>";
+    if (!S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode) && !S_ISLNK(info.st_mode))
+        return "special"; // never opened: a pipe would hang the reader
+    QByteArray extra;
+    if (detail == Detail::Everything && !S_ISLNK(info.st_mode)) {
+        extra = attributesOf(local);
+        if (S_ISREG(info.st_mode) && info.st_nlink > 1)
+            extra += " linked with " + links.value({info.st_dev, info.st_ino}, relative).toUtf8();
+        links.insert({info.st_dev, info.st_ino}, links.value({info.st_dev, info.st_ino}, relative));
+        if (S_ISREG(info.st_mode) && info.st_blocks * 512 < info.st_size / 2)
+            extra += " sparse";
+    }
     const QByteArray metadata =
         detail == Detail::Content
             ? QByteArray()
@@ -29,9 +59,9 @@ QByteArray describe(const QString& path, Detail detail) {
         return "link -> " + target.left(n < 0 ? 0 : n);
     }
     if (S_ISDIR(info.st_mode))
-        return "folder" + metadata;
+        return "folder" + metadata + extra;
     const QByteArray bytes = readFile(path);
-    return "file" + metadata + " " + QByteArray::number(bytes.size()) +
+    return "file" + metadata + extra + " " + QByteArray::number(bytes.size()) +
            " bytes sha256 " + QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex();
 }
 
@@ -39,16 +69,20 @@ QByteArray describe(const QString& path, Detail detail) {
 
 QMap<QString, QByteArray> treeOf(const QString& root, Detail detail) {
     QMap<QString, QByteArray> tree;
-    if (detail == Detail::ModesAndTimes)
-        tree.insert(QStringLiteral("."), describe(root, detail));
+    QMap<QPair<dev_t, ino_t>, QString> links;
+    if (detail != Detail::Content)
+        tree.insert(QStringLiteral("."), describe(root, detail, links, QStringLiteral(".")));
     if (!QFileInfo(root).isDir() || QFileInfo(root).isSymLink())
         return tree;
     QDirIterator it(root, QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System,
                     QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        const QString path = it.next();
-        tree.insert(QDir(root).relativeFilePath(path), describe(path, detail));
-    }
+    QStringList relatives;
+    while (it.hasNext())
+        relatives.append(QDir(root).relativeFilePath(it.next()));
+    // Sorted, so that the first name of a hard-linked file is the same on both sides.
+    relatives.sort();
+    for (const QString& relative : relatives)
+        tree.insert(relative, describe(QDir(root).filePath(relative), detail, links, relative));
     return tree;
 }
 
@@ -60,6 +94,34 @@ QByteArray readFile(const QString& path) {
 bool writeFile(const QString& path, const QByteArray& bytes) {
     QFile file(path);
     return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+}
+
+ScopedTmpfs::ScopedTmpfs(const QString& path, const QByteArray& options)
+    : m_path(QFile::encodeName(path)), m_options(options) {
+    QDir().mkpath(path);
+    m_mounted = ::mount("none", m_path.constData(), "tmpfs", 0, m_options.constData()) == 0;
+}
+
+ScopedTmpfs::~ScopedTmpfs() {
+    if (m_mounted)
+        ::umount2(m_path.constData(), MNT_DETACH);
+}
+
+bool ScopedTmpfs::setReadOnly(bool readOnly) {
+    return ::mount("none", m_path.constData(), nullptr, MS_REMOUNT | (readOnly ? MS_RDONLY : 0),
+                   m_options.constData()) == 0;
+}
+
+void fillUp(const QString& folder) {
+    QFile filler(folder + "/filler");
+    if (!filler.open(QIODevice::WriteOnly))
+        return;
+    const QByteArray chunk(4096, 'f');
+    while (filler.write(chunk) == chunk.size() && filler.flush()) {
+    }
+    QByteArray one(1, 'f');
+    while (filler.write(one) == 1 && filler.flush()) {
+    }
 }
 
 } // namespace testsupport

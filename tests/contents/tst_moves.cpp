@@ -1,0 +1,297 @@
+// Moves on a real gocryptfs vault, tried as a hostile user would: what cannot be moved safely
+// is refused with everything untouched; what changes during a move stays where it is; what
+// goes in comes back out with every detail; and afterwards every byte is somewhere to be seen.
+
+#include "engine/VaultManager.h"
+#include "support/Errors.h"
+#include "support/FuseHarness.h"
+#include "support/RecordingFileLayer.h"
+#include "support/Trees.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+using testsupport::Detail;
+using testsupport::errorOf;
+using testsupport::readFile;
+using testsupport::treeOf;
+using testsupport::writeFile;
+
+namespace {
+
+bool setFileFlags(const QString& path, int flags) {
+    const int fd = ::open(QFile::encodeName(path), O_RDONLY | O_NOFOLLOW);
+    const bool done = fd >= 0 && ::ioctl(fd, FS_IOC_SETFLAGS, &flags) == 0;
+    if (fd >= 0)
+        ::close(fd);
+    return done;
+}
+
+// user::rw- user:1000:r-- group::r-- mask::r-- other::r--
+const QByteArray kAcl = QByteArray::fromHex("0200000001000600ffffffff02000400e803000004000400ffffff"
+                                            "ff10000400ffffffff20000400ffffffff");
+
+} // namespace
+
+class TestMoves : public QObject {
+    Q_OBJECT
+
+    std::unique_ptr<testsupport::ScopedRuntimeDir> m_runtime;
+    std::unique_ptr<QTemporaryDir> m_home;
+    std::unique_ptr<VaultManager> m_vault;
+    int m_prompts = 0;
+
+    QString home(const QString& name = {}) const { return name.isEmpty() ? m_home->path() : m_home->filePath(name); }
+    QString inVault(const QString& name) const { return m_vault->mountPoint().toLocalFile() + '/' + name; }
+    static QUrl url(const QString& path) { return QUrl::fromLocalFile(path); }
+    // Everything at the vault's root but the registry, staging leftovers included.
+    QStringList vaultEntries() const {
+        QStringList names = QDir(inVault({})).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden);
+        names.removeAll(".morvanta-origins.json");
+        return names;
+    }
+    void requireRoot() {
+        if (::geteuid() != 0)
+            QSKIP("needs root to mount file systems and set file flags");
+    }
+    void openVault(const QString& support) {
+        m_vault = std::make_unique<VaultManager>(support, testsupport::fastToolRunner());
+        m_vault->setElevationRunner([this](const QStringList&, const QByteArray&) {
+            ++m_prompts;
+            return 126; // the prompt was dismissed
+        });
+        m_vault->createVault("pw");
+        m_vault->unlock("pw");
+    }
+
+private slots:
+    void init() {
+        REQUIRE_FUSE();
+        m_runtime = std::make_unique<testsupport::ScopedRuntimeDir>();
+        m_home = std::make_unique<QTemporaryDir>();
+        m_prompts = 0;
+        openVault(home(".support"));
+    }
+    void cleanup() {
+        if (m_vault && m_vault->isUnlocked())
+            m_vault->lock();
+        m_vault.reset();
+        m_home.reset();
+        m_runtime.reset();
+    }
+
+    void whatCannotMoveSafelyIsRefusedUntouched_data() {
+        QTest::addColumn<QString>("item");
+        QTest::addColumn<QString>("problem");
+        QTest::addColumn<QString>("error");
+        QTest::newRow("a drive inside") << "Photos" << "tmpfs" << "“usb” inside it is a mounted drive";
+        QTest::newRow("a bind mount inside") << "Photos" << "bind" << "“usb” inside it is a mounted drive";
+        QTest::newRow("the item is a drive") << "Photos/usb" << "tmpfs" << "“usb” is a mounted drive";
+        QTest::newRow("an immutable file") << "Photos" << "immutable" << "“2024/a.jpg” inside it is locked";
+        QTest::newRow("an append-only file") << "Photos" << "append" << "“2024/a.jpg” inside it is locked";
+        QTest::newRow("a pipe") << "Photos" << "pipe" << "“pipe” is a device, pipe or socket";
+    }
+    void whatCannotMoveSafelyIsRefusedUntouched() {
+        requireRoot();
+        QFETCH(QString, item);
+        QFETCH(QString, problem);
+        QFETCH(QString, error);
+        QDir().mkpath(home("Photos/2024"));
+        QVERIFY(writeFile(home("Photos/2024/a.jpg"), "holiday"));
+        QDir().mkpath(home("elsewhere"));
+        QVERIFY(writeFile(home("elsewhere/share.txt"), "not ours"));
+        std::unique_ptr<testsupport::ScopedTmpfs> drive;
+        if (problem == "tmpfs") {
+            drive = std::make_unique<testsupport::ScopedTmpfs>(home("Photos/usb"));
+            QVERIFY(drive->mounted());
+            QVERIFY(writeFile(home("Photos/usb/on the stick.txt"), "stick"));
+        } else if (problem == "bind") {
+            QDir().mkpath(home("Photos/usb"));
+            QVERIFY(::mount(QFile::encodeName(home("elsewhere")), QFile::encodeName(home("Photos/usb")), nullptr, MS_BIND, nullptr) == 0);
+        } else if (problem == "pipe") {
+            QVERIFY(::mkfifo(QFile::encodeName(home("Photos/pipe")), 0600) == 0);
+        } else {
+            QVERIFY(setFileFlags(home("Photos/2024/a.jpg"), problem == "immutable" ? FS_IMMUTABLE_FL : FS_APPEND_FL));
+        }
+        const auto undo = qScopeGuard([&] {
+            setFileFlags(home("Photos/2024/a.jpg"), 0);
+            if (problem == "bind")
+                ::umount2(QFile::encodeName(home("Photos/usb")), MNT_DETACH);
+        });
+        const auto before = treeOf(home(), Detail::ModesAndTimes);
+
+        const QString message = errorOf([&] { m_vault->addItem(url(home(item))); });
+        QVERIFY2(message.contains(error), qPrintable(message));
+        QCOMPARE(treeOf(home(), Detail::ModesAndTimes), before);
+        QCOMPARE(vaultEntries(), QStringList());
+        QCOMPARE(m_prompts, 0);
+    }
+
+    void systemTreesAreNeverMoved() {
+        for (const QString& path : {QString("/"), QString("/etc/passwd"), QString("/usr/bin"),
+                                    QString("/usr/../etc/passwd"), QString("/var/log"), QDir::homePath()}) {
+            QCOMPARE(errorOf([&] { m_vault->addItem(url(path)); }),
+                     QString::fromUtf8("“%1” can’t be added — it’s a protected system item, or you don’t "
+                                       "have permission to move it from its current location.")
+                         .arg(url(path).fileName()));
+        }
+        QVERIFY(QFileInfo::exists("/etc/passwd"));
+        QCOMPARE(vaultEntries(), QStringList());
+        // Nor by the administrator's helper, whatever it is handed.
+        QProcess helper;
+        helper.start(QCoreApplication::applicationDirPath() + "/morvanta-remove-original",
+                     {"/usr/lib/morvanta-never-there"});
+        helper.closeWriteChannel();
+        QVERIFY(helper.waitForFinished());
+        QCOMPARE(helper.exitCode(), 2);
+        QVERIFY(helper.readAllStandardError().contains("part of the system"));
+    }
+
+    void whatChangesDuringAMoveStaysWhereItIs() {
+        QDir().mkpath(home("Photos/sub"));
+        for (const QString name : {"a.jpg", "b.jpg", "sub/c.jpg"})
+            QVERIFY(writeFile(home("Photos/" + name), name.toUtf8()));
+        auto files = std::make_shared<RecordingFileLayer>();
+        files->beforeEach = [&](const QString& call) {
+            if (call.startsWith("copy ")) // arrives after the survey
+                writeFile(home("Photos/early.jpg"), "early");
+            if (call == "remove " + home("Photos")) { // arrives, and changes, after the copy
+                writeFile(home("Photos/sub/late.jpg"), "late");
+                writeFile(home("Photos/b.jpg"), "b.jpg, edited");
+            }
+        };
+        m_vault->setFileLayer(files);
+
+        const QString message = errorOf([&] { m_vault->addItem(url(home("Photos"))); });
+        QVERIFY2(message.startsWith(QString::fromUtf8("IO failed: “Photos” is in the vault, but not all of it")),
+                 qPrintable(message));
+        for (const QString left : {"b.jpg", "early.jpg", "sub/late.jpg"})
+            QVERIFY2(message.contains(home("Photos/" + left)), qPrintable(message));
+        // The vault has what was copied and knows where it came from; the rest is where it was.
+        QCOMPARE(treeOf(inVault("Photos")).keys(), (QStringList{"a.jpg", "b.jpg", "sub", "sub/c.jpg"}));
+        QCOMPARE(readFile(inVault("Photos/b.jpg")), "b.jpg");
+        QCOMPARE(treeOf(home("Photos")).keys(), (QStringList{"b.jpg", "early.jpg", "sub", "sub/late.jpg"}));
+        QCOMPARE(readFile(home("Photos/b.jpg")), "b.jpg, edited");
+        QCOMPARE(m_vault->restoreFolder(url(inVault("Photos"))), home());
+        QCOMPARE(m_prompts, 0);
+
+        // The same on the way out: what was saved into the vault meanwhile stays in it.
+        QVERIFY(QDir(home("Photos")).removeRecursively());
+        files->beforeEach = [&](const QString& call) {
+            if (call == "remove " + inVault("Photos"))
+                writeFile(inVault("Photos/saved meanwhile.txt"), "new");
+        };
+        const QString out = errorOf([&] { m_vault->restoreItem(url(inVault("Photos"))); });
+        QVERIFY2(out.contains("Still in the vault:\n" + inVault("Photos/saved meanwhile.txt")), qPrintable(out));
+        QCOMPARE(treeOf(home("Photos")).keys(), (QStringList{"a.jpg", "b.jpg", "sub", "sub/c.jpg"}));
+        QCOMPARE(treeOf(inVault("Photos")).keys(), QStringList{"saved meanwhile.txt"});
+    }
+
+    void aRegistryThatCannotBeWrittenFailsTheAdd_data() {
+        QTest::addColumn<QByteArray>("options");
+        QTest::newRow("no space") << QByteArray("size=8m");
+        QTest::newRow("no inodes") << QByteArray("size=64m,nr_inodes=64");
+    }
+    void aRegistryThatCannotBeWrittenFailsTheAdd() {
+        requireRoot();
+        QFETCH(QByteArray, options);
+        cleanup();
+        init();
+        m_vault->lock();
+        testsupport::ScopedTmpfs small(home("small"), options);
+        QVERIFY(small.mounted());
+        openVault(home("small/support"));
+        QVERIFY(writeFile(home("Letter.txt"), "dear"));
+        auto files = std::make_shared<RecordingFileLayer>();
+        files->afterEach = [&](const QString& call) {
+            if (call.startsWith("rename ")) {
+                testsupport::fillUp(home("small"));
+                for (int i = 0; options.contains("nr_inodes") && writeFile(home("small/%1").arg(i), {}); ++i) {
+                }
+            }
+        };
+        m_vault->setFileLayer(files);
+
+        QCOMPARE(errorOf([&] { m_vault->addItem(url(home("Letter.txt"))); }),
+                 QString::fromUtf8("IO failed: Couldn’t record where items came from: No space left on device."));
+        QCOMPARE(readFile(home("Letter.txt")), "dear");
+        QCOMPARE(vaultEntries(), QStringList());
+    }
+
+    void everyDetailGoesInAndComesBack() {
+        QDir().mkpath(home("Tree/locked"));
+        QVERIFY(writeFile(home("Tree/tagged.txt"), "tags"));
+        QVERIFY(::setxattr(QFile::encodeName(home("Tree/tagged.txt")), "user.xdg.tags", "tax,2024", 8, 0) == 0);
+        QVERIFY(::setxattr(QFile::encodeName(home("Tree/tagged.txt")), "system.posix_acl_access", kAcl.constData(),
+                           std::size_t(kAcl.size()), 0) == 0);
+        QVERIFY(writeFile(home("Tree/one name.txt"), "linked"));
+        QVERIFY(::link(QFile::encodeName(home("Tree/one name.txt")), QFile::encodeName(home("Tree/locked/other name.txt"))) == 0);
+        QVERIFY(QFile::link("tagged.txt", home("Tree/shortcut")));
+        {
+            QFile disk(home("Tree/disk.img")); // 256 MiB, nearly all of it a hole
+            QVERIFY(disk.open(QIODevice::WriteOnly) && disk.resize(256 << 20) && disk.seek(100 << 20));
+            QVERIFY(disk.write(QByteArray(8192, 'd')) == 8192);
+        }
+        QVERIFY(::chmod(QFile::encodeName(home("Tree/locked")), 0555) == 0);
+        const auto before = treeOf(home("Tree"), Detail::Everything);
+        QVERIFY(before.value("disk.img").contains("sparse"));
+
+        m_vault->addItem(url(home("Tree")));
+        QCOMPARE(treeOf(inVault("Tree"), Detail::Everything), before);
+        QProcess du;
+        du.start("du", {"-s", "-B1", m_vault->bundlePath()});
+        QVERIFY(du.waitForFinished());
+        QVERIFY2(du.readAllStandardOutput().split('\t').first().toLongLong() < 16 << 20, "the hole was filled in");
+
+        m_vault->restoreItem(url(inVault("Tree")));
+        QCOMPARE(treeOf(home("Tree"), Detail::Everything), before);
+        QCOMPARE(vaultEntries(), QStringList());
+    }
+
+    void sizesPastWhatSixtyFourBitsHoldSaturate() {
+        requireRoot();
+        QDir().mkpath(inVault("Huge"));
+        // Mounted over a folder of the vault: the listing walks it like any other.
+        testsupport::ScopedTmpfs huge(inVault("Huge"));
+        QVERIFY(huge.mounted());
+        for (int i = 0; i < 3; ++i) {
+            QFile disk(inVault("Huge/%1.vm").arg(i));
+            QVERIFY(disk.open(QIODevice::WriteOnly) && disk.resize(qint64(1) << 62));
+        }
+        m_vault->refreshItems();
+        QCOMPARE(m_vault->items().size(), 1);
+        QCOMPARE(m_vault->items().first().size, std::numeric_limits<qint64>::max());
+    }
+
+    void addingLeavesNoTraceOfTheOriginalAndFollowsNoPlantedLink() {
+        QTemporaryDir desktop;
+        qputenv("XDG_DATA_HOME", QFile::encodeName(desktop.path()));
+        const auto restore = qScopeGuard([] { qunsetenv("XDG_DATA_HOME"); });
+        const QByteArray href = url(home("Taxes.pdf")).toEncoded();
+        QVERIFY(writeFile(desktop.filePath("recently-used.xbel"),
+                          "<?xml version=\"1.0\"?>\n<xbel version=\"1.0\"><bookmark href=\"" + href +
+                              "\" added=\"2026-01-01T00:00:00Z\"><info/></bookmark></xbel>"));
+        QVERIFY(writeFile(home("victim"), "keep"));
+        QVERIFY(QFile::link(home("victim"), inVault(".morvanta-origins.json.partial")));
+        QVERIFY(writeFile(home("Taxes.pdf"), "%PDF"));
+
+        m_vault->addItem(url(home("Taxes.pdf")));
+        QVERIFY(!readFile(desktop.filePath("recently-used.xbel")).contains(href));
+        QCOMPARE(readFile(home("victim")), "keep");
+        QCOMPARE(m_vault->restoreFolder(url(inVault("Taxes.pdf"))), home());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestMoves)
+#include "tst_moves.moc"
