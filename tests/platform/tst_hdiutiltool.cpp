@@ -12,8 +12,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -450,18 +448,6 @@ private slots:
         QCOMPARE(after.st_mode, before.st_mode);
         QCOMPARE(QDir(m_dir->path()).entryList({"*.partial-*"}), QStringList());
         tool({"detach", mount});
-    }
-
-    void theShippedToolUsesAStrongerKeyDerivation() {
-        REQUIRE_FUSE();
-        startFuseTest();
-        QCOMPARE(tool(createArgs(image()), "pw", testsupport::shippedToolPath()).status, 0);
-        QFile config(image() + "/gocryptfs.conf");
-        QVERIFY(config.open(QIODevice::ReadOnly));
-        const QJsonObject scrypt =
-            QJsonDocument::fromJson(config.readAll()).object()["ScryptObject"].toObject();
-        // gocryptfs's own default is 2^16.
-        QCOMPARE(scrypt["N"].toInt(), 1 << 17);
     }
 };
 
