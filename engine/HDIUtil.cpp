@@ -155,7 +155,8 @@ std::optional<QStringList> mountPointsOfImage(const QString& plist, const QStrin
 
 } // namespace
 
-std::optional<QStringList> parseAttachedMountPoints(const QString& plist, const QString& imagePath) {
+std::optional<QStringList> parseAttachedMountPoints(const QString& plist,
+                                                    const QString& imagePath) {
     return mountPointsOfImage(plist, imagePath, false);
 }
 

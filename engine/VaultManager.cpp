@@ -146,9 +146,9 @@ void VaultManager::detachStaleMounts() {
     if (!vaultExists())
         return;
     const HDIUtilResult info = runTool({QStringLiteral("info"), QStringLiteral("-plist")});
-    const QStringList stale = info.status == 0
-                                  ? parseStaleMountPoints(info.stdout, bundlePath()).value_or(QStringList())
-                                  : QStringList();
+    const QStringList stale =
+        info.status == 0 ? parseStaleMountPoints(info.stdout, bundlePath()).value_or(QStringList())
+                         : QStringList();
     for (const QString& mountPoint : stale)
         runTool({QStringLiteral("detach"), QStringLiteral("-force"), mountPoint});
     // The app that showed those files did not live to clear the desktop's memory of them.

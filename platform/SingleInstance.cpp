@@ -24,8 +24,7 @@ QString runtimeFolder() {
 
 } // namespace
 
-SingleInstance::SingleInstance(const QString& name, QObject* parent)
-    : QObject(parent) {
+SingleInstance::SingleInstance(const QString& name, QObject* parent) : QObject(parent) {
     const QString folder = runtimeFolder();
     if (folder.isEmpty()) {
         // Nowhere safe for a socket: run, but unfindable.

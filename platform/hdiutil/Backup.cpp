@@ -82,9 +82,8 @@ std::string createCopy(const ToolCommand& command, const ToolConfig& config, int
     // -p, 7z asks for the password on standard input; a bare -p would mean an empty one.)
     if (config.beforeVerifying)
         config.beforeVerifying(partial.path());
-    const platform::ProcessResult check =
-        platform::runProcess(sevenZip, {"t", "-bd", partial.path()}, line.bytes(),
-                             platform::OutputCapture::MemoryFiles);
+    const platform::ProcessResult check = platform::runProcess(
+        sevenZip, {"t", "-bd", partial.path()}, line.bytes(), platform::OutputCapture::MemoryFiles);
     if (check.status != 0)
         throw Failure{"the backup could not be read back: " + reasonOf(check, "7z t")};
     ::chmod(partial.path().c_str(), 0600);

@@ -159,7 +159,9 @@ void refuseVaultServedElsewhere(const std::string& image, const std::string& giv
                 throw Failure{"the vault is already mounted by gocryptfs at " + entry.mountPoint};
         }
     }
-    if (const std::vector<pid_t> pids = gocryptfsProcessesNaming(names); !pids.empty())
+    // A daemon whose mount was just taken away from outside needs a moment to exit.
+    const std::vector<pid_t> pids = gocryptfsProcessesNaming(names);
+    if (!waitForExit(pids, std::chrono::seconds(1)))
         throw Failure{"gocryptfs is already running on the vault (process " +
                       std::to_string(pids.front()) + ")"};
 }
@@ -205,15 +207,17 @@ std::string attach(const ToolCommand& command, int stdinFd) {
     return plistXml(root_);
 }
 
-// A mount that vanished from outside leaves its folder behind. Only an empty folder of our
-// own private mount root is taken away: anything else is not ours to remove.
-void removeLeftoverMountFolder(const std::string& mountPoint) {
+// A mount that vanished from outside leaves its folder behind, and its daemon may still be
+// on its way out (or serving files opened before a lazy unmount). Only what belongs to our
+// own private mount root is touched, and only an empty folder is taken away.
+void clearVanishedMount(const std::string& mountPoint) {
     std::string error;
     const std::string root = privateMountRoot(error);
     struct stat info {};
     if (root.empty() || fs::path(mountPoint).parent_path() != root ||
         ::lstat(mountPoint.c_str(), &info) != 0 || !S_ISDIR(info.st_mode))
         return;
+    endProcesses(gocryptfsProcessesNaming({mountPoint}), std::chrono::milliseconds(300));
     if (::rmdir(mountPoint.c_str()) == 0)
         forgetOwner(mountPoint);
 }
@@ -222,7 +226,7 @@ std::string detach(const ToolCommand& command) {
     const std::string mountPoint = absolutePath(command.target);
     const auto mounted = mountAt(currentMounts(), mountPoint);
     if (!mounted) {
-        removeLeftoverMountFolder(mountPoint);
+        clearVanishedMount(mountPoint);
         throw Failure{"not attached: " + mountPoint};
     }
     if (mounted->fsType != kFsType || !imageForFsName(mounted->source))

@@ -159,6 +159,8 @@ std::optional<MountEntry> mountAt(const std::vector<MountEntry>& mounts,
     return found;
 }
 
-std::string privateMountRoot(std::string& error) { return platform::privateRuntimeFolder(error); }
+std::string privateMountRoot(std::string& error) {
+    return platform::privateRuntimeFolder(error);
+}
 
 } // namespace hdiutil

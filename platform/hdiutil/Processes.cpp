@@ -61,20 +61,6 @@ bool isRunning(pid_t pid) {
     return !fields.empty() && fields[0] != "Z" && fields[0] != "X";
 }
 
-bool waitForExit(const std::vector<pid_t>& pids, std::chrono::milliseconds limit) {
-    const auto deadline = std::chrono::steady_clock::now() + limit;
-    for (;;) {
-        bool anyAlive = false;
-        for (const pid_t pid : pids)
-            anyAlive = anyAlive || isRunning(pid);
-        if (!anyAlive)
-            return true;
-        if (std::chrono::steady_clock::now() >= deadline)
-            return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
-}
-
 void signalAll(const std::vector<pid_t>& pids, int signal) {
     for (const pid_t pid : pids)
         ::kill(pid, signal);
@@ -119,6 +105,20 @@ std::vector<pid_t> gocryptfsProcessesNaming(const std::vector<std::string>& fold
         }
     });
     return pids;
+}
+
+bool waitForExit(const std::vector<pid_t>& pids, std::chrono::milliseconds limit) {
+    const auto deadline = std::chrono::steady_clock::now() + limit;
+    for (;;) {
+        bool anyAlive = false;
+        for (const pid_t pid : pids)
+            anyAlive = anyAlive || isRunning(pid);
+        if (!anyAlive)
+            return true;
+        if (std::chrono::steady_clock::now() >= deadline)
+            return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
 }
 
 void endProcesses(const std::vector<pid_t>& pids, std::chrono::milliseconds grace) {
@@ -170,6 +170,8 @@ std::optional<ProcessIdentity> ownerOf(const std::string& mountPoint) {
     return ProcessIdentity{static_cast<pid_t>(pid), startTime};
 }
 
-void forgetOwner(const std::string& mountPoint) { ::unlink(ownerRecordPath(mountPoint).c_str()); }
+void forgetOwner(const std::string& mountPoint) {
+    ::unlink(ownerRecordPath(mountPoint).c_str());
+}
 
 } // namespace hdiutil

@@ -18,6 +18,8 @@ std::vector<pid_t> daemonsServing(const std::string& fsName);
 // text, so that no path on a hung mount is ever looked up.
 std::vector<pid_t> gocryptfsProcessesNaming(const std::vector<std::string>& folders);
 
+// Whether the processes all exited (or became zombies) within `limit`.
+bool waitForExit(const std::vector<pid_t>& pids, std::chrono::milliseconds limit);
 // Waits for the processes to exit, asks them to stop and finally kills them, so that a
 // detached vault is served by nobody.
 void endProcesses(const std::vector<pid_t>& pids, std::chrono::milliseconds grace);

@@ -8,15 +8,15 @@
 
 #include <QCryptographicHash>
 #include <QDir>
-#include <QImage>
-#include <QJsonDocument>
-#include <QScopeGuard>
-#include <QtEndian>
 #include <QDirIterator>
 #include <QFile>
+#include <QImage>
+#include <QJsonDocument>
 #include <QRandomGenerator>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QtEndian>
 
 #include <atomic>
 #include <filesystem>
@@ -204,31 +204,35 @@ private slots:
         qputenv("HOME", QFile::encodeName(m_support->filePath("home")));
         QDir().mkpath(m_support->filePath("home"));
         const auto restoreHome = qScopeGuard([&] { qputenv("HOME", realHome); });
-        const QByteArray secret = "Old-" + QByteArray::number(QRandomGenerator::system()->generate64(), 36);
-        const QByteArray next = "New-" + QByteArray::number(QRandomGenerator::system()->generate64(), 36);
+        const QByteArray secret =
+            "Old-" + QByteArray::number(QRandomGenerator::system()->generate64(), 36);
+        const QByteArray next =
+            "New-" + QByteArray::number(QRandomGenerator::system()->generate64(), 36);
         auto vault = makeVault();
 
-        QCOMPARE(processesHoldingDuring(secret, [&] {
-                     vault->createVault(secret);
-                     vault->unlock(secret);
-                 }),
-                 QStringList());
+        const auto createAndOpen = [&] {
+            vault->createVault(secret);
+            vault->unlock(secret);
+        };
+        QCOMPARE(processesHoldingDuring(secret, createAndOpen), QStringList());
         // Guessing costs more than with gocryptfs's own default of 2^16.
-        const QJsonDocument config = QJsonDocument::fromJson(readFile(vault->bundlePath() + "/gocryptfs.conf"));
+        const QJsonDocument config =
+            QJsonDocument::fromJson(readFile(vault->bundlePath() + "/gocryptfs.conf"));
         QVERIFY(config["ScryptObject"]["N"].toInt() > 1 << 16);
         QCOMPARE(testsupport::processesHolding(secret), QStringList());
         fillWithMixedContent(mountPath(*vault));
         QCOMPARE(processesHoldingDuring(secret, [&] { vault->changePassword(secret, next); }),
                  QStringList());
-        QCOMPARE(processesHoldingDuring(next, [&] {
-                     vault->backupVault(QUrl::fromLocalFile(m_support->filePath("backup.7z")));
-                 }),
-                 QStringList());
+        const auto backUp = [&] {
+            vault->backupVault(QUrl::fromLocalFile(m_support->filePath("backup.7z")));
+        };
+        QCOMPARE(processesHoldingDuring(next, backUp), QStringList());
         vault->lock();
         QVERIFY(!VaultManagerTestAccess::remembersPassword(*vault));
         for (const QByteArray& password : {secret, next}) {
             QCOMPARE(testsupport::processesHolding(password), QStringList());
-            for (const QString& folder : {QDir::homePath(), m_support->path(), m_runtime->path(), QDir::tempPath()})
+            for (const QString& folder :
+                 {QDir::homePath(), m_support->path(), m_runtime->path(), QDir::tempPath()})
                 QCOMPARE(testsupport::filesHolding(folder, password), QStringList());
         }
     }
@@ -313,9 +317,9 @@ private slots:
 
         vault->backupVault(QUrl::fromLocalFile(backup));
         QCOMPARE(m_tool.calls.last(),
-                 (RecordingRunner::Call{{"create", "-encryption", "AES-256", "-stdinpass", "-srcfolder",
-                                         mountPath(*vault), "-volname", "MorvantaVault", "-format", "UDZO",
-                                         "-ov", backup},
+                 (RecordingRunner::Call{{"create", "-encryption", "AES-256", "-stdinpass",
+                                         "-srcfolder", mountPath(*vault), "-volname",
+                                         "MorvantaVault", "-format", "UDZO", "-ov", backup},
                                         QString::fromUtf8(password)}));
         QVERIFY(vault->isUnlocked());
         const auto run = extractBackup(backup, m_support->filePath("first"), password);

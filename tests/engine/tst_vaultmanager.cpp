@@ -130,8 +130,8 @@ private slots:
         QDir().mkpath(image());
         const auto entry = [](const QString& path, const QString& mount, const QString& owner) {
             return "<dict><key>image-path</key><string>" + path + "</string>" + owner +
-                   "<key>system-entities</key><array><dict><key>mount-point</key><string>" +
-                   mount + "</string></dict></array></dict>";
+                   "<key>system-entities</key><array><dict><key>mount-point</key><string>" + mount +
+                   "</string></dict></array></dict>";
         };
         const QString info = "<plist><dict><key>images</key><array>" +
                              entry("/elsewhere/vault.gocryptfs", "/run/other", {}) +
@@ -170,7 +170,8 @@ private slots:
         QTest::newRow("line feed") << "a\nb" << false;
         QTest::newRow("2,049 bytes") << QString(1024, QChar(0xe9)) + "x" << false;
         QTest::newRow("2,048 bytes") << QString(1024, QChar(0xe9)) << true;
-        QTest::newRow("2,048 bytes of emoji") << QString::fromUcs4(QList<char32_t>(512, 0x1F600).data(), 512) << true;
+        QTest::newRow("2,048 bytes of emoji")
+            << QString::fromUcs4(QList<char32_t>(512, 0x1F600).data(), 512) << true;
         QTest::newRow("carriage return") << "a\rb" << true;
     }
     void unusablePasswordsNeverReachTheTool() {

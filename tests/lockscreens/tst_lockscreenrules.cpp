@@ -75,7 +75,8 @@ private slots:
         QSignalSpy relabelled(&form, &UnlockForm::buttonLabelChanged);
         form.setStealth(true);
         QCOMPARE(relabelled.count(), 1);
-        for (const QString& text : {form.title(), form.subtitle(), form.placeholder(), form.buttonLabel()})
+        for (const QString& text :
+             {form.title(), form.subtitle(), form.placeholder(), form.buttonLabel()})
             QVERIFY2(!text.contains("vault", Qt::CaseInsensitive), qPrintable(text));
     }
 
@@ -155,10 +156,12 @@ private slots:
     void welcomeTextsNameThisPlatform() {
         QStringList texts{WelcomePager::introSubtitle(), WelcomePager::backupText()};
         for (const QVariant& card : WelcomePager::featureCards())
-            texts << card.toMap().value("title").toString() << card.toMap().value("text").toString();
+            texts << card.toMap().value("title").toString()
+                  << card.toMap().value("text").toString();
         QCOMPARE(texts.size(), 14);
         QVERIFY(texts.first().endsWith("for Linux"));
-        for (const char* word : {"Mac", "Finder", "Spotlight", "Apple", "SwiftUI", "\u2318", ".dmg"})
+        for (const char* word :
+             {"Mac", "Finder", "Spotlight", "Apple", "SwiftUI", "\u2318", ".dmg"})
             QVERIFY2(!texts.join('\n').contains(QString::fromUtf8(word)), word);
     }
 

@@ -129,7 +129,8 @@ private slots:
         QTRY_VERIFY(!quiz.busy());
 
         // The password tried is the text exactly as typed; an empty one is no password at all.
-        const QList<RecordingRunner::Call> tried{{{"attach", "-stdinpass", "-plist", "-nobrowse", vault.bundlePath()}, typed}};
+        const QList<RecordingRunner::Call> tried{
+            {{"attach", "-stdinpass", "-plist", "-nobrowse", vault.bundlePath()}, typed}};
         QCOMPARE(tool.calls, typed.isEmpty() ? QList<RecordingRunner::Call>() : tried);
         QVERIFY(quiz.hasMessage());
         QCOMPARE(quiz.correct(), correct);

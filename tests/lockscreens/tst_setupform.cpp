@@ -135,7 +135,8 @@ private slots:
         form.setDisguiseRaw(disguise);
         QCOMPARE(form.disguised(), disguised);
         const QString texts = QStringList{form.title(), form.subtitle(), form.passwordPlaceholder(),
-                                          form.notice(), form.buttonLabel()}.join('\n');
+                                          form.notice(), form.buttonLabel()}
+                                  .join('\n');
         QCOMPARE(texts.contains("vault", Qt::CaseInsensitive), !disguised);
     }
 

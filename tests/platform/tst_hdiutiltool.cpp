@@ -61,15 +61,15 @@ QStringList gocryptfsProcessesOn(const QString& image) {
     QStringList pids;
     for (const QString& pid : QDir("/proc").entryList(QDir::Dirs)) {
         const QByteArray cmdline = testsupport::readFile("/proc/" + pid + "/cmdline");
-        if (cmdline.startsWith("/usr/bin/gocryptfs") && cmdline.contains(QFile::encodeName(QFileInfo(image).fileName())))
+        if (cmdline.startsWith("/usr/bin/gocryptfs") &&
+            cmdline.contains(QFile::encodeName(QFileInfo(image).fileName())))
             pids.append(pid);
     }
     return pids;
 }
 
 // A literal's bytes, NULs included, without the one that ends it.
-template <std::size_t N>
-QByteArray bytes(const char (&text)[N]) {
+template <std::size_t N> QByteArray bytes(const char (&text)[N]) {
     return QByteArray(text, N - 1);
 }
 
@@ -103,35 +103,6 @@ private slots:
     }
 
     // --- reading its input ---------------------------------------------------------------
-
-    void parsesTheEnginesArgumentLists() {
-        ToolCommand command;
-        std::string error;
-        QVERIFY(parseToolCommand(toStd(createArgs("/v/vault.gocryptfs")), command, error));
-        QCOMPARE(command.verb, ToolCommand::Verb::Create);
-        QCOMPARE(command.volumeName, "MorvantaVault");
-        QCOMPARE(command.target, "/v/vault.gocryptfs");
-        QVERIFY(command.stdinPass);
-
-        QVERIFY(parseToolCommand({"attach", "-stdinpass", "-plist", "-nobrowse", "/v"}, command,
-                                 error));
-        QVERIFY(command.verb == ToolCommand::Verb::Attach && command.plist && command.stdinPass);
-
-        QVERIFY(parseToolCommand({"detach", "-force", "/m p"}, command, error));
-        QVERIFY(command.force && command.target == "/m p");
-        QVERIFY(parseToolCommand({"detach", "/m"}, command, error));
-        QVERIFY(!command.force);
-
-        QVERIFY(parseToolCommand({"chpass", "-oldstdinpass", "-newstdinpass", "/v"}, command,
-                                 error));
-        QCOMPARE(command.verb, ToolCommand::Verb::ChangePassword);
-
-        QVERIFY(parseToolCommand({"create", "-encryption", "AES-256", "-stdinpass", "-srcfolder",
-                                  "/m", "-volname", "MorvantaVault", "-format", "UDZO", "-ov",
-                                  "/b.7z"},
-                                 command, error));
-        QVERIFY(command.overwrite && command.sourceFolder == "/m" && command.format == "UDZO");
-    }
 
     void refusesBadArgumentLists_data() {
         QTest::addColumn<QStringList>("args");
@@ -247,7 +218,8 @@ private slots:
         const auto again = tool({"attach", "-stdinpass", "-plist", image()}, "pw");
         QCOMPARE(again.status, 1);
         QVERIFY2(QString::fromStdString(again.err).contains("already attached"), again.err.c_str());
-        const auto reKey = tool({"chpass", "-oldstdinpass", "-newstdinpass", image()}, std::string_view("pw\0new\0", 8));
+        const auto reKey = tool({"chpass", "-oldstdinpass", "-newstdinpass", image()},
+                                std::string_view("pw\0new\0", 8));
         QVERIFY2(reKey.err.find("attached") != std::string::npos, reKey.err.c_str());
 
         const auto info = tool({"info", "-plist"});
@@ -290,10 +262,10 @@ private slots:
     void leavesAloneAVaultGocryptfsServesElsewhere_data() {
         QTest::addColumn<QStringList>("gocryptfsArgs");
         QTest::addColumn<QString>("reason");
-        QTest::newRow("mounted by hand") << QStringList{"-q", "VAULT", "manual"}
-                                         << "already mounted by gocryptfs at";
-        QTest::newRow("re-keyed by hand") << QStringList{"-passwd", "VAULT"}
-                                          << "gocryptfs is already running on the vault";
+        QTest::newRow("mounted by hand")
+            << QStringList{"-q", "VAULT", "manual"} << "already mounted by gocryptfs at";
+        QTest::newRow("re-keyed by hand")
+            << QStringList{"-passwd", "VAULT"} << "gocryptfs is already running on the vault";
     }
     void leavesAloneAVaultGocryptfsServesElsewhere() {
         REQUIRE_FUSE();
@@ -308,7 +280,8 @@ private slots:
         // Started beside the vault, with relative paths, as a person would type them.
         QProcess byHand;
         byHand.setWorkingDirectory(m_dir->path());
-        byHand.start("/usr/bin/gocryptfs", gocryptfsArgs.replaceInStrings("VAULT", QFileInfo(vault).fileName()));
+        byHand.start("/usr/bin/gocryptfs",
+                     gocryptfsArgs.replaceInStrings("VAULT", QFileInfo(vault).fileName()));
         QVERIFY(byHand.waitForStarted());
         if (gocryptfsArgs.contains("manual")) {
             byHand.write("pw\n");
@@ -326,7 +299,8 @@ private slots:
         QVERIFY2(detach.status == 1 && !detach.err.empty(), detach.err.c_str());
         QCOMPARE(gocryptfsProcessesOn(vault), processes);
 
-        platform::runProcess("/usr/bin/fusermount3", {"-u", m_dir->filePath("manual").toStdString()}, {});
+        platform::runProcess("/usr/bin/fusermount3",
+                             {"-u", m_dir->filePath("manual").toStdString()}, {});
         byHand.kill();
         byHand.waitForFinished();
     }
@@ -365,12 +339,15 @@ private slots:
         QTest::addColumn<QByteArray>("input");
         QTest::addColumn<QString>("reason");
         QTest::addColumn<QByteArray>("opens");
-        QTest::newRow("wrong old") << bytes("nope\0new\0") << "Password incorrect" << QByteArray("old");
+        QTest::newRow("wrong old")
+            << bytes("nope\0new\0") << "Password incorrect" << QByteArray("old");
         QTest::newRow("new with a line break")
             << bytes("old\0two\nlines\0") << "new password: " << QByteArray("old");
         // Each of these once re-keyed to a password nobody typed.
-        QTest::newRow("NUL inside the old") << bytes("old\0x\0new\0") << "each ended" << QByteArray("old");
-        QTest::newRow("a third field") << bytes("old\0new\0more\0") << "each ended" << QByteArray("old");
+        QTest::newRow("NUL inside the old")
+            << bytes("old\0x\0new\0") << "each ended" << QByteArray("old");
+        QTest::newRow("a third field")
+            << bytes("old\0new\0more\0") << "each ended" << QByteArray("old");
         QTest::newRow("no final NUL") << bytes("old\0new") << "each ended" << QByteArray("old");
         QTest::newRow("right") << bytes("old\0new\0") << QString() << QByteArray("new");
     }
@@ -384,7 +361,8 @@ private slots:
         // A re-key interrupted earlier leaves this behind; it must not block the next one.
         QVERIFY(QFile(image() + "/gocryptfs.conf.tmp").open(QIODevice::WriteOnly));
 
-        const auto run = tool({"chpass", "-oldstdinpass", "-newstdinpass", image()}, input.toStdString());
+        const auto run =
+            tool({"chpass", "-oldstdinpass", "-newstdinpass", image()}, input.toStdString());
         QCOMPARE(run.status, reason.isEmpty() ? 0 : 1);
         QVERIFY2(QString::fromStdString(run.err).contains(reason), run.err.c_str());
         for (const char* password : {"old", "new"}) {
@@ -398,49 +376,51 @@ private slots:
     // A good backup exists; a copy that may not be made leaves it, and whatever is at the
     // destination, exactly as they were.
     void copiesOnlyAnAttachedVaultOverAFile_data() {
-        QTest::addColumn<QString>("source");
-        QTest::addColumn<QString>("destination");
-        QTest::addColumn<bool>("overwrite");
+        QTest::addColumn<QStringList>("paths"); // what is copied, where to
         QTest::addColumn<QString>("reason");
-        QTest::newRow("a plain folder") << "plain" << "backup.7z" << true << "not an attached vault";
-        QTest::newRow("a mount gone from outside") << "vanished" << "backup.7z" << true << "not an attached vault";
-        QTest::newRow("without -ov") << "mount" << "backup.7z" << false << "File exists";
-        QTest::newRow("onto a folder") << "mount" << "folder" << true << "is a folder";
-        QTest::newRow("onto a link") << "mount" << "link" << true << "symbolic link";
-        QTest::newRow("onto a pipe") << "mount" << "pipe" << true << "not a regular file";
-        QTest::newRow("into no folder") << "mount" << "missing/backup.7z" << true << "No such folder";
+        QTest::newRow("a plain folder") << QStringList{"plain", "backup.7z"} << "not an attached";
+        QTest::newRow("a mount gone") << QStringList{"vanished", "backup.7z"} << "not an attached";
+        QTest::newRow("without -ov") << QStringList{"mount", "backup.7z"} << "File exists";
+        QTest::newRow("onto a folder") << QStringList{"mount", "folder"} << "is a folder";
+        QTest::newRow("onto a link") << QStringList{"mount", "link"} << "symbolic link";
+        QTest::newRow("onto a pipe") << QStringList{"mount", "pipe"} << "not a regular file";
+        QTest::newRow("into no folder") << QStringList{"mount", "none/b.7z"} << "No such folder";
     }
     void copiesOnlyAnAttachedVaultOverAFile() {
         REQUIRE_FUSE();
         startFuseTest();
-        QFETCH(QString, source);
-        QFETCH(QString, destination);
-        QFETCH(bool, overwrite);
+        QFETCH(QStringList, paths);
         QFETCH(QString, reason);
+        const QString source = paths[0], destination = paths[1];
         QCOMPARE(tool(createArgs(image()), "pw").status, 0);
         const QString mount = attachedAt(tool({"attach", "-stdinpass", "-plist", image()}, "pw"));
         QFile(mount + "/a.txt").open(QIODevice::WriteOnly);
         auto copy = [&](const QString& from, const QString& to, bool ov) {
-            QStringList args{"create", "-encryption", "AES-256", "-stdinpass", "-srcfolder", from,
-                             "-volname", "MorvantaVault", "-format", "UDZO", m_dir->filePath(to)};
+            QStringList args{"create",     "-encryption", "AES-256",          "-stdinpass",
+                             "-srcfolder", from,          "-volname",         "MorvantaVault",
+                             "-format",    "UDZO",        m_dir->filePath(to)};
             if (ov)
                 args.insert(10, "-ov");
             return tool(args, "pw");
         };
         QCOMPARE(copy(mount, "backup.7z", true).status, 0);
-        QCOMPARE(QFileInfo(m_dir->filePath("backup.7z")).permissions() & 0x0077, QFileDevice::Permissions());
+        QCOMPARE(QFileInfo(m_dir->filePath("backup.7z")).permissions() & 0x0077,
+                 QFileDevice::Permissions());
         const QByteArray good = testsupport::readFile(m_dir->filePath("backup.7z"));
         QDir().mkpath(m_dir->filePath("plain"));
         QDir().mkpath(m_dir->filePath("folder"));
         QVERIFY(QFile::link(m_dir->filePath("backup.7z"), m_dir->filePath("link")));
         QCOMPARE(::mkfifo(QFile::encodeName(m_dir->filePath("pipe")), 0600), 0);
         if (source == "vanished")
-            QCOMPARE(platform::runProcess("/usr/bin/fusermount3", {"-u", mount.toStdString()}, {}).status, 0);
-        struct stat before {}, after {};
+            QCOMPARE(platform::runProcess("/usr/bin/fusermount3", {"-u", mount.toStdString()}, {})
+                         .status,
+                     0);
+        struct stat before {};
+        struct stat after {};
         ::lstat(QFile::encodeName(m_dir->filePath(destination)), &before);
 
-        const auto run = copy(source == "mount" || source == "vanished" ? mount : m_dir->filePath(source),
-                              destination, overwrite);
+        const auto run = copy(source == "plain" ? m_dir->filePath(source) : mount, destination,
+                              reason != "File exists");
         QCOMPARE(run.status, 1);
         QVERIFY2(QString::fromStdString(run.err).contains(reason), run.err.c_str());
         QCOMPARE(testsupport::readFile(m_dir->filePath("backup.7z")), good);

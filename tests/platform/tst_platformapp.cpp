@@ -47,7 +47,8 @@ private slots:
         QFETCH(QByteArray, runtimeDir);
         testsupport::ScopedRuntimeDir runtime;
         QTemporaryDir tmp;
-        const auto restore = qScopeGuard([previous = qgetenv("TMPDIR")] { qputenv("TMPDIR", previous); });
+        const auto restore =
+            qScopeGuard([previous = qgetenv("TMPDIR")] { qputenv("TMPDIR", previous); });
         qputenv("TMPDIR", QFile::encodeName(tmp.path()));
         if (runtimeDir != "scoped")
             qputenv("XDG_RUNTIME_DIR", runtimeDir);
@@ -55,7 +56,8 @@ private slots:
         QVERIFY(first.isPrimary());
         // In the user's private folder where the tool mounts, whatever the environment lacks.
         std::string error;
-        QCOMPARE(QFileInfo(first.socketPath()).path(), QString::fromStdString(hdiutil::privateMountRoot(error)));
+        QCOMPARE(QFileInfo(first.socketPath()).path(),
+                 QString::fromStdString(hdiutil::privateMountRoot(error)));
         QSignalSpy woken(&first, &platform::SingleInstance::activationRequested);
 
         platform::SingleInstance second(QStringLiteral("morvanta-test"));

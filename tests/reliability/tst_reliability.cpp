@@ -263,7 +263,9 @@ private slots:
             VaultManager vault(support(), [delay](const QStringList& args, const std::optional<QString>& input) {
                 QProcess tool;
                 tool.setChildProcessModifier([] { ::setpgid(0, 0); });
-                tool.start("/bin/sh", QStringList{"-c", "\"$0\" \"$@\"; exit $?", testsupport::fastToolPath()} + args);
+                tool.start("/bin/sh", QStringList{"-c", "\"$0\" \"$@\"; exit $?",
+                                                  testsupport::fastToolPath()} +
+                                          args);
                 tool.waitForStarted();
                 if (input)
                     tool.write(input->toUtf8());
