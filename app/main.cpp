@@ -33,7 +33,8 @@ int main(int argc, char* argv[]) {
     QGuiApplication::setQuitOnLastWindowClosed(true);
     applyAppPalette();
 
-    // Before the engine: a second engine would take the running one's mount for a stale one.
+    // Before the engine: the vault has one engine per user; a second one could only find the
+    // vault held open by the first.
     platform::SingleInstance instance;
     if (!instance.isPrimary())
         return 0;

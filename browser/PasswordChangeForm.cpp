@@ -68,6 +68,12 @@ void PasswordChangeForm::change() {
     if (!canChange())
         return;
     setError({});
+    for (const QString& password : {m_oldPw, m_newPw}) {
+        if (const auto reason = unusablePasswordReason(password)) {
+            setError(*reason);
+            return;
+        }
+    }
     setBusy(true);
     m_pending = true;
     runAfterNextFrame(this, [this, oldPassword = m_oldPw, newPassword = m_newPw] {

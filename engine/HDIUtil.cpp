@@ -116,7 +116,20 @@ std::optional<QString> parseMountPoint(const QByteArray& plist) {
     return firstMountPoint(plist_dict_get_item(root.get(), "system-entities"));
 }
 
-std::optional<QStringList> parseAttachedMountPoints(const QString& plist, const QString& imagePath) {
+namespace {
+
+// A mount's owner is known to run only when the list says so in as many words.
+bool ownerKnownAlive(plist_t image) {
+    plist_t alive = plist_dict_get_item(image, "owner-alive");
+    uint8_t value = 0;
+    if (!alive || plist_get_node_type(alive) != PLIST_BOOLEAN)
+        return false;
+    plist_get_bool_val(alive, &value);
+    return value != 0;
+}
+
+std::optional<QStringList> mountPointsOfImage(const QString& plist, const QString& imagePath,
+                                              bool onlyStale) {
     const PlistPtr root = parsePlist(plist);
     if (!isDictionary(root.get()))
         return std::nullopt;
@@ -132,8 +145,21 @@ std::optional<QStringList> parseAttachedMountPoints(const QString& plist, const 
         const auto path = stringValue(plist_dict_get_item(image, "image-path"));
         if (!path || wanted.isEmpty() || QFileInfo(*path).canonicalFilePath() != wanted)
             continue;
+        if (onlyStale && ownerKnownAlive(image))
+            continue;
         if (const auto mountPoint = firstMountPoint(plist_dict_get_item(image, "system-entities")))
             mountPoints.append(*mountPoint);
     }
     return mountPoints;
+}
+
+} // namespace
+
+std::optional<QStringList> parseAttachedMountPoints(const QString& plist,
+                                                    const QString& imagePath) {
+    return mountPointsOfImage(plist, imagePath, false);
+}
+
+std::optional<QStringList> parseStaleMountPoints(const QString& plist, const QString& imagePath) {
+    return mountPointsOfImage(plist, imagePath, true);
 }

@@ -42,3 +42,6 @@ std::optional<QString> parseMountPoint(const QByteArray& plist);
 // "system-entities" of each entry of "images" whose "image-path" is that image. Nothing when
 // the text is not such a list.
 std::optional<QStringList> parseAttachedMountPoints(const QString& plist, const QString& imagePath);
+// The same without the mounts whose "owner-alive" is true: what remains was attached by an
+// app that has gone, or by one nobody knows of.
+std::optional<QStringList> parseStaleMountPoints(const QString& plist, const QString& imagePath);

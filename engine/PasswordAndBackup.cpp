@@ -4,6 +4,38 @@
 #include "ToolSupport.h"
 #include "VaultManager.h"
 
+namespace {
+
+// What the encryption reads: at most this many bytes, up to the first line feed.
+constexpr qsizetype kMaxPasswordBytes = 2048;
+
+// Counted rather than encoded, so that no unwiped copy of the password is made.
+qsizetype utf8Length(const QString& text) {
+    qsizetype bytes = 0;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const char16_t c = text[i].unicode();
+        if (QChar::isHighSurrogate(c) && i + 1 < text.size() && text[i + 1].isLowSurrogate()) {
+            bytes += 4;
+            ++i;
+        } else {
+            bytes += c < 0x80 ? 1 : c < 0x800 ? 2 : 3;
+        }
+    }
+    return bytes;
+}
+
+} // namespace
+
+std::optional<QString> unusablePasswordReason(const QString& password) {
+    if (password.isEmpty())
+        return QStringLiteral("Passwords can\u2019t be empty.");
+    if (password.contains(QChar(0)) || password.contains(QLatin1Char('\n')))
+        return QStringLiteral("Passwords can\u2019t contain line breaks or NUL characters.");
+    if (utf8Length(password) > kMaxPasswordBytes)
+        return QStringLiteral("Passwords can\u2019t be longer than 2048 bytes.");
+    return std::nullopt;
+}
+
 void VaultManager::changePassword(const QString& oldPassword, const QString& newPassword) {
     if (!vaultExists())
         throw VaultError::notInitialized();
@@ -12,6 +44,8 @@ void VaultManager::changePassword(const QString& oldPassword, const QString& new
     // Checked against the password in memory; the tool is not asked.
     if (!m_unlockedPassword || *m_unlockedPassword != oldPassword)
         throw VaultError::incorrectPassword();
+    if (const auto reason = unusablePasswordReason(newPassword))
+        throw VaultError::ioFailed(*reason);
 
     detachForPasswordChange();
 
@@ -65,8 +99,11 @@ void VaultManager::detachForPasswordChange() {
 void VaultManager::attachAfterPasswordChange(const QString& password) { attach(password); }
 
 void VaultManager::backupVault(const QUrl& destination) {
-    if (m_mountPoint.isEmpty() || !m_unlockedPassword)
+    if (!m_unlockedPassword)
         throw VaultError::notMounted();
+    // A mount that has vanished leaves a plain, empty folder: its archive would replace the
+    // last good backup with nothing.
+    requireMounted();
     const HDIUtilResult result = runTool(
         {QStringLiteral("create"), QStringLiteral("-encryption"), QStringLiteral("AES-256"),
          QStringLiteral("-stdinpass"), QStringLiteral("-srcfolder"), m_mountPoint.toLocalFile(),

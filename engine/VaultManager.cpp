@@ -56,6 +56,8 @@ HDIUtilResult VaultManager::runTool(const QStringList& args,
 void VaultManager::createVault(const QString& password) {
     if (vaultExists())
         throw VaultError::alreadyExists();
+    if (const auto reason = unusablePasswordReason(password))
+        throw VaultError::ioFailed(*reason);
     const HDIUtilResult result =
         runTool({QStringLiteral("create"), QStringLiteral("-encryption"), QStringLiteral("AES-256"),
                  QStringLiteral("-stdinpass"), QStringLiteral("-size"), QStringLiteral("2t"),
@@ -70,6 +72,8 @@ void VaultManager::createVault(const QString& password) {
 void VaultManager::unlock(const QString& password) {
     if (!vaultExists())
         throw VaultError::notInitialized();
+    if (const auto reason = unusablePasswordReason(password))
+        throw VaultError::ioFailed(*reason);
     attach(password);
 }
 
@@ -137,11 +141,19 @@ std::optional<QStringList> VaultManager::attachedMountPoints() const {
     return parseAttachedMountPoints(info.stdout, bundlePath());
 }
 
+// Only mounts whose app is gone: a first instance that still runs keeps its open vault.
 void VaultManager::detachStaleMounts() {
     if (!vaultExists())
         return;
-    for (const QString& mountPoint : attachedMountPoints().value_or(QStringList()))
+    const HDIUtilResult info = runTool({QStringLiteral("info"), QStringLiteral("-plist")});
+    const QStringList stale =
+        info.status == 0 ? parseStaleMountPoints(info.stdout, bundlePath()).value_or(QStringList())
+                         : QStringList();
+    for (const QString& mountPoint : stale)
         runTool({QStringLiteral("detach"), QStringLiteral("-force"), mountPoint});
+    // The app that showed those files did not live to clear the desktop's memory of them.
+    if (!stale.isEmpty())
+        platform::forgetTracesBelow(stale);
 }
 
 void VaultManager::requireMounted() {

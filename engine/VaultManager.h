@@ -17,6 +17,12 @@
 #include <memory>
 #include <optional>
 
+// Why a password cannot be used for the vault, or nothing when it can: the tool hands the
+// password to the encryption exactly as its bytes, and some texts cannot travel that way
+// (empty, a NUL or a line break, too long). The engine and every screen that takes a
+// password ask this one place.
+std::optional<QString> unusablePasswordReason(const QString& password);
+
 // The vault engine: owns the one encrypted image, knows whether it is attached and where,
 // and publishes those facts to the screens. Every operation runs on the main thread, either
 // completes or throws exactly one VaultError, and changes published state only on success.
@@ -30,8 +36,9 @@ class VaultManager : public QObject {
 
 public:
     // Without a support folder the user's data folder + "Morvanta" is used; without a runner
-    // the disk-image tool is run for real. A mount of this vault's image left behind by a
-    // crash is detached, so that the vault always starts locked.
+    // the disk-image tool is run for real. A mount of this vault's image left behind by an app
+    // that has gone (a crash) is detached, so that the vault starts locked; one that a
+    // running instance holds open is left alone.
     explicit VaultManager(std::optional<QString> supportDir = std::nullopt,
                           HDIUtilRunner hdiutilRunner = runHDIUtilProcess,
                           QObject* parent = nullptr);

@@ -201,6 +201,10 @@ void SetupForm::create() {
         setError(QStringLiteral("Passwords do not match."));
         return;
     }
+    if (const auto reason = unusablePasswordReason(m_password)) {
+        setError(*reason);
+        return;
+    }
     setBusy(true);
     runAfterNextFrame(this, [this, password = m_password] {
         try {

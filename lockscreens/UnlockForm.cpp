@@ -66,6 +66,10 @@ void UnlockForm::unlock() {
     if (m_busy)
         return;
     setError({});
+    if (const auto reason = unusablePasswordReason(m_password)) {
+        setError(*reason);
+        return;
+    }
     setBusy(true);
     runAfterNextFrame(this, [this, password = m_password] {
         try {

@@ -1,12 +1,12 @@
 #include "SingleInstance.h"
 
+#include "RuntimeFolder.h"
+
 #include <QDir>
+#include <QFile>
 #include <QLocalServer>
 #include <QLocalSocket>
 #include <QLockFile>
-#include <QStandardPaths>
-
-#include <unistd.h>
 
 namespace platform {
 
@@ -14,23 +14,30 @@ namespace {
 
 const QByteArray kActivate = QByteArrayLiteral("activate\n");
 
+// The folder the disk-image tool mounts in, found the same way: a launch whose environment
+// lacks the runtime folder still finds the first instance, and nobody else can reach the
+// socket or take the lock.
 QString runtimeFolder() {
-    QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
-    if (folder.isEmpty())
-        folder = QDir::tempPath();
-    return folder;
+    std::string error;
+    return QFile::decodeName(platform::privateRuntimeFolder(error).c_str());
 }
 
 } // namespace
 
-SingleInstance::SingleInstance(const QString& name, QObject* parent)
-    : QObject(parent),
-      m_socketPath(QDir(runtimeFolder())
-                       .filePath(QStringLiteral("%1-%2.instance").arg(name).arg(::getuid()))) {
+SingleInstance::SingleInstance(const QString& name, QObject* parent) : QObject(parent) {
+    const QString folder = runtimeFolder();
+    if (folder.isEmpty()) {
+        // Nowhere safe for a socket: run, but unfindable.
+        m_primary = true;
+        return;
+    }
+    // A leading dot: never the name of a mount point in the same folder.
+    m_socketPath = QDir(folder).filePath(QStringLiteral(".%1.instance").arg(name));
     // Two launches at the same moment must not both find no one and both start.
     QLockFile lock(m_socketPath + QStringLiteral(".lock"));
     lock.lock();
-    if (!signalRunningInstance())
+    m_primary = !signalRunningInstance();
+    if (m_primary)
         listen();
 }
 

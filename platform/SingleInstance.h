@@ -9,7 +9,7 @@ namespace platform {
 
 // Keeps Morvanta to one process per user: the vault has one engine, and a second one would
 // fight the first over the mount. A later launch finds the first through a socket in the
-// user's runtime folder, asks it to come forward and stops.
+// user's private runtime folder, asks it to come forward and stops.
 class SingleInstance : public QObject {
     Q_OBJECT
 
@@ -21,7 +21,7 @@ public:
 
     // True when this process is the one that runs; otherwise the running one has been asked
     // to come forward and this process should end.
-    bool isPrimary() const { return m_server != nullptr; }
+    bool isPrimary() const { return m_primary; }
     QString socketPath() const { return m_socketPath; }
 
 signals:
@@ -33,6 +33,7 @@ private:
     void listen();
 
     QString m_socketPath;
+    bool m_primary = false;
     QLocalServer* m_server = nullptr;
 };
 

@@ -1,22 +1,19 @@
 #include "HDIUtilTool.h"
 
+#include "Backup.h"
 #include "Mounts.h"
-#include "Password.h"
+#include "Processes.h"
 #include "ToolCommand.h"
-#include "platform/Process.h"
+#include "ToolSteps.h"
 
 #include <plist/plist.h>
 
+#include <algorithm>
 #include <cerrno>
-#include <chrono>
-#include <csignal>
 #include <cstring>
-#include <dirent.h>
 #include <filesystem>
-#include <fstream>
 #include <sys/stat.h>
 #include <sys/xattr.h>
-#include <thread>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -26,88 +23,6 @@ namespace hdiutil {
 namespace {
 
 constexpr const char* kVolumeNameAttribute = "user.morvanta.volname";
-constexpr const char* kConfigFile = "gocryptfs.conf";
-
-// A failed step: the reason becomes the tool's one line on standard error.
-struct Failure {
-    std::string reason;
-};
-
-std::string findProgram(const char* name) {
-    for (const char* dir : {"/usr/bin/", "/usr/local/bin/", "/bin/"}) {
-        const std::string path = std::string(dir) + name;
-        if (::access(path.c_str(), X_OK) == 0)
-            return path;
-    }
-    throw Failure{std::string(name) + " is not installed"};
-}
-
-std::string lastLine(std::string_view text) {
-    while (!text.empty() && (text.back() == '\n' || text.back() == '\r' || text.back() == ' '))
-        text.remove_suffix(1);
-    const std::size_t start = text.rfind('\n');
-    return std::string(start == std::string_view::npos ? text : text.substr(start + 1));
-}
-
-std::string reasonOf(const platform::ProcessResult& run, const std::string& what) {
-    const std::string line = lastLine(run.err.empty() ? run.out : run.err);
-    if (!line.empty())
-        return line;
-    return what + " exited with status " + std::to_string(run.status);
-}
-
-std::string absolutePath(const std::string& path) {
-    std::error_code ec;
-    const fs::path absolute = fs::absolute(path, ec);
-    std::string text = (ec ? fs::path(path) : absolute).lexically_normal().string();
-    while (text.size() > 1 && text.back() == '/')
-        text.pop_back();
-    return text;
-}
-
-bool isDirectory(const std::string& path) {
-    struct stat info {};
-    return ::stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
-}
-
-bool exists(const std::string& path) {
-    struct stat info {};
-    return ::lstat(path.c_str(), &info) == 0;
-}
-
-bool isEmptyDirectory(const std::string& path) {
-    DIR* dir = ::opendir(path.c_str());
-    if (!dir)
-        return false;
-    bool empty = true;
-    while (const dirent* entry = ::readdir(dir)) {
-        if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0) {
-            empty = false;
-            break;
-        }
-    }
-    ::closedir(dir);
-    return empty;
-}
-
-// The image must be a gocryptfs folder; its canonical path names its mounts.
-std::string canonicalImage(const std::string& target) {
-    const std::string image = absolutePath(target);
-    if (!isDirectory(image) || !exists(image + "/" + kConfigFile))
-        throw Failure{"not a recognized disk image: " + image};
-    char resolved[PATH_MAX];
-    if (!::realpath(image.c_str(), resolved))
-        throw Failure{image + ": " + std::strerror(errno)};
-    return resolved;
-}
-
-Secret readPassword(int stdinFd) {
-    const Secret input = readAllSecret(stdinFd);
-    std::vector<Secret> passwords = splitPasswords(input, 1);
-    if (const std::string problem = passwordProblem(passwords[0].bytes()); !problem.empty())
-        throw Failure{problem};
-    return std::move(passwords[0]);
-}
 
 std::string volumeNameOf(const std::string& image) {
     char buffer[256];
@@ -121,6 +36,9 @@ std::string volumeNameOf(const std::string& image) {
     }
     if (name.empty() || name == "." || name == "..")
         name = "untitled";
+    // Names with a leading dot are kept for the records beside the mount points.
+    if (name.front() == '.')
+        name.front() = '_';
     return name;
 }
 
@@ -164,135 +82,7 @@ plist_t systemEntities(const std::string& mountPoint) {
     return entities;
 }
 
-// The gocryptfs processes serving a mount, found by the -fsname they were started with.
-std::vector<pid_t> daemonsServing(const std::string& fsName) {
-    std::vector<pid_t> pids;
-    DIR* proc = ::opendir("/proc");
-    if (!proc)
-        return pids;
-    while (const dirent* entry = ::readdir(proc)) {
-        char* end = nullptr;
-        const long pid = std::strtol(entry->d_name, &end, 10);
-        if (pid <= 0 || *end != '\0')
-            continue;
-        std::ifstream file("/proc/" + std::string(entry->d_name) + "/cmdline", std::ios::binary);
-        std::vector<std::string> argv;
-        for (std::string arg; std::getline(file, arg, '\0');)
-            argv.push_back(arg);
-        if (argv.empty() || fs::path(argv[0]).filename() != "gocryptfs")
-            continue;
-        for (std::size_t i = 1; i < argv.size(); ++i) {
-            if ((argv[i] == "-fsname" && i + 1 < argv.size() && argv[i + 1] == fsName) ||
-                argv[i] == "-fsname=" + fsName) {
-                pids.push_back(static_cast<pid_t>(pid));
-                break;
-            }
-        }
-    }
-    ::closedir(proc);
-    return pids;
-}
-
-// A process that has exited but not yet been reaped (a zombie) counts as gone.
-bool isRunning(pid_t pid) {
-    std::ifstream file("/proc/" + std::to_string(pid) + "/stat");
-    std::string stat;
-    std::getline(file, stat);
-    const std::size_t end = stat.rfind(')');
-    if (end == std::string::npos || end + 2 >= stat.size())
-        return false;
-    const char state = stat[end + 2];
-    return state != 'Z' && state != 'X';
-}
-
-bool waitForExit(const std::vector<pid_t>& pids, std::chrono::milliseconds limit) {
-    const auto deadline = std::chrono::steady_clock::now() + limit;
-    for (;;) {
-        bool anyAlive = false;
-        for (const pid_t pid : pids)
-            anyAlive = anyAlive || isRunning(pid);
-        if (!anyAlive)
-            return true;
-        if (std::chrono::steady_clock::now() >= deadline)
-            return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
-}
-
-void signalAll(const std::vector<pid_t>& pids, int signal) {
-    for (const pid_t pid : pids)
-        ::kill(pid, signal);
-}
-
-// Removes a file on every path out unless told to keep it.
-class TemporaryFile {
-public:
-    explicit TemporaryFile(std::string path) : m_path(std::move(path)) {}
-    ~TemporaryFile() {
-        if (!m_path.empty())
-            ::unlink(m_path.c_str());
-    }
-    const std::string& path() const { return m_path; }
-    void keep() { m_path.clear(); }
-
-private:
-    std::string m_path;
-};
-
 // --- the verbs ---------------------------------------------------------------------------
-
-// A compressed, encrypted copy of a folder: a 7-Zip archive (AES-256, names encrypted too)
-// that any archive manager opens with the password. It is written beside the destination and
-// renamed over it only when complete, so a failure never costs an earlier backup.
-std::string createCopy(const ToolCommand& command, const ToolConfig& config, int stdinFd) {
-    const std::string source = absolutePath(command.sourceFolder);
-    if (!isDirectory(source))
-        throw Failure{"No such folder: " + source};
-    const std::string destination = absolutePath(command.target);
-    const std::string folder = fs::path(destination).parent_path().string();
-    if (!isDirectory(folder))
-        throw Failure{"No such folder: " + folder};
-    if (isDirectory(destination))
-        throw Failure{destination + " is a folder"};
-    if (exists(destination) && !command.overwrite)
-        throw Failure{"File exists: " + destination};
-    const std::string sevenZip = findProgram("7z");
-    const Secret password = readPassword(stdinFd);
-
-    std::string pattern = destination + ".partial-XXXXXX";
-    const int fd = ::mkstemp(pattern.data());
-    if (fd < 0)
-        throw Failure{folder + ": " + std::strerror(errno)};
-    ::close(fd);
-    TemporaryFile partial(pattern);
-    // 7z adds to an archive that exists; it must start from nothing.
-    ::unlink(partial.path().c_str());
-
-    // Run inside the folder so that the archive holds its contents at the top, hidden files
-    // and all. -mx=1: the fast setting; higher levels cost several times the time for little.
-    const Secret line = password.asLine();
-    const platform::ProcessResult run = platform::runProcess(
-        sevenZip, {"a", "-t7z", "-mhe=on", "-mx=1", "-bd", "-p", "-snl", "-y", partial.path(), "."},
-        line.bytes(), platform::OutputCapture::MemoryFiles, source);
-    if (run.status != 0)
-        throw Failure{"7z: " + reasonOf(run, "7z")};
-
-    // A backup is only a backup once it has been read back: opened with the password and
-    // every file checked. One that fails is never put in place of the previous one. (Without
-    // -p, 7z asks for the password on standard input; a bare -p would mean an empty one.)
-    if (config.beforeVerifying)
-        config.beforeVerifying(partial.path());
-    const platform::ProcessResult check = platform::runProcess(
-        sevenZip, {"t", "-bd", partial.path()}, line.bytes(),
-        platform::OutputCapture::MemoryFiles);
-    if (check.status != 0)
-        throw Failure{"the backup could not be read back: " + reasonOf(check, "7z t")};
-    ::chmod(partial.path().c_str(), 0600);
-    if (::rename(partial.path().c_str(), destination.c_str()) != 0)
-        throw Failure{destination + ": " + std::strerror(errno)};
-    partial.keep();
-    return {};
-}
 
 std::string create(const ToolCommand& command, const ToolConfig& config, int stdinFd) {
     if (!command.sourceFolder.empty())
@@ -333,10 +123,13 @@ std::string changePassword(const ToolCommand& command, int stdinFd) {
     const std::string gocryptfs = findProgram("gocryptfs");
 
     const Secret input = readAllSecret(stdinFd);
-    const std::vector<Secret> passwords = splitPasswords(input, 2);
-    if (const std::string problem = passwordProblem(passwords[0].bytes()); !problem.empty())
+    const auto passwords = splitPasswordPair(input);
+    if (!passwords)
+        throw Failure{"expected the old and the new password, each ended by one NUL character"};
+    const auto& [oldPassword, newPassword] = *passwords;
+    if (const std::string problem = passwordProblem(oldPassword.bytes()); !problem.empty())
         throw Failure{"Password incorrect."};
-    if (const std::string problem = passwordProblem(passwords[1].bytes()); !problem.empty())
+    if (const std::string problem = passwordProblem(newPassword.bytes()); !problem.empty())
         throw Failure{"new password: " + problem};
 
     // Left by a re-key that was interrupted; the configuration itself is replaced
@@ -344,8 +137,8 @@ std::string changePassword(const ToolCommand& command, int stdinFd) {
     ::unlink((image + "/gocryptfs.conf.tmp").c_str());
 
     std::string lines;
-    lines.reserve(passwords[0].bytes().size() + passwords[1].bytes().size() + 2);
-    lines.append(passwords[0].bytes()).append("\n").append(passwords[1].bytes()).append("\n");
+    lines.reserve(oldPassword.bytes().size() + newPassword.bytes().size() + 2);
+    lines.append(oldPassword.bytes()).append("\n").append(newPassword.bytes()).append("\n");
     const Secret both(std::move(lines));
     const platform::ProcessResult run =
         platform::runProcess(gocryptfs, {"-passwd", "-q", image}, both.bytes());
@@ -354,10 +147,30 @@ std::string changePassword(const ToolCommand& command, int stdinFd) {
     return {};
 }
 
+// gocryptfs mounts one vault twice without complaint, and two daemons writing one vault
+// damage it: a vault that gocryptfs serves outside Morvanta (mounted by hand, or being
+// re-keyed) is left alone. Such a mount names the vault's absolute path, commas replaced.
+void refuseVaultServedElsewhere(const std::string& image, const std::string& given) {
+    const std::vector<std::string> names{image, given};
+    for (const MountEntry& entry : currentMounts()) {
+        for (std::string name : names) {
+            std::replace(name.begin(), name.end(), ',', '_');
+            if (entry.fsType == kFsType && entry.source == name)
+                throw Failure{"the vault is already mounted by gocryptfs at " + entry.mountPoint};
+        }
+    }
+    // A daemon whose mount was just taken away from outside needs a moment to exit.
+    const std::vector<pid_t> pids = gocryptfsProcessesNaming(names);
+    if (!waitForExit(pids, std::chrono::seconds(1)))
+        throw Failure{"gocryptfs is already running on the vault (process " +
+                      std::to_string(pids.front()) + ")"};
+}
+
 std::string attach(const ToolCommand& command, int stdinFd) {
     const std::string image = canonicalImage(command.target);
     if (const auto mounted = mountOfImage(currentMounts(), image))
         throw Failure{"the image is already attached at " + mounted->mountPoint};
+    refuseVaultServedElsewhere(image, absolutePath(command.target));
     const std::string gocryptfs = findProgram("gocryptfs");
     const Secret password = readPassword(stdinFd);
 
@@ -367,6 +180,9 @@ std::string attach(const ToolCommand& command, int stdinFd) {
         throw Failure{error};
     const std::string mountPoint = chooseMountPoint(root, volumeNameOf(image));
     const std::string fsName = fsNameForImage(image);
+    // Our caller is the app that will hold the vault open.
+    if (const auto owner = identityOf(::getppid()))
+        recordOwner(mountPoint, *owner);
 
     // gocryptfs leaves a daemon that keeps its outputs open: they must not be pipes that
     // anyone waits on, so they go to in-memory files.
@@ -377,6 +193,7 @@ std::string attach(const ToolCommand& command, int stdinFd) {
         {"-q", "-nosyslog", "-acl", "-fsname", fsName, "-ko", "nosuid,nodev", image, mountPoint},
         line.bytes(), platform::OutputCapture::MemoryFiles);
     if (run.status != 0) {
+        forgetOwner(mountPoint);
         ::rmdir(mountPoint.c_str());
         throw Failure{reasonOf(run, "gocryptfs")};
     }
@@ -391,17 +208,33 @@ std::string attach(const ToolCommand& command, int stdinFd) {
     return plistXml(root_);
 }
 
+// A mount that vanished from outside leaves its folder behind, and its daemon may still be
+// on its way out (or serving files opened before a lazy unmount). Only what belongs to our
+// own private mount root is touched, and only an empty folder is taken away.
+void clearVanishedMount(const std::string& mountPoint) {
+    std::string error;
+    const std::string root = privateMountRoot(error);
+    struct stat info {};
+    if (root.empty() || fs::path(mountPoint).parent_path() != root ||
+        ::lstat(mountPoint.c_str(), &info) != 0 || !S_ISDIR(info.st_mode))
+        return;
+    endProcesses(gocryptfsProcessesNaming({mountPoint}), std::chrono::milliseconds(300));
+    if (::rmdir(mountPoint.c_str()) == 0)
+        forgetOwner(mountPoint);
+}
+
 std::string detach(const ToolCommand& command) {
     const std::string mountPoint = absolutePath(command.target);
     const auto mounted = mountAt(currentMounts(), mountPoint);
-    if (!mounted)
+    if (!mounted) {
+        clearVanishedMount(mountPoint);
         throw Failure{"not attached: " + mountPoint};
+    }
     if (mounted->fsType != kFsType || !imageForFsName(mounted->source))
         throw Failure{mountPoint + " was not attached by this tool"};
 
     // Found before the unmount, while the mount still names them.
-    const std::vector<pid_t> daemons =
-        command.force ? daemonsServing(mounted->source) : std::vector<pid_t>{};
+    const std::vector<pid_t> daemons = daemonsServing(mounted->source);
     const std::string fusermount = findProgram("fusermount3");
     // A lazy unmount takes the volume away at once even while files on it are open; the
     // daemon goes on serving those until they close, unless stopped below.
@@ -414,12 +247,10 @@ std::string detach(const ToolCommand& command) {
         throw Failure{reasonOf(run, "fusermount3")};
 
     // Forced means locked now: whatever still holds a file open loses it rather than keep
-    // reading the vault. (After a plain unmount the daemon has nothing left and exits.)
-    if (!waitForExit(daemons, std::chrono::milliseconds(300))) {
-        signalAll(daemons, SIGTERM);
-        if (!waitForExit(daemons, std::chrono::seconds(2)))
-            signalAll(daemons, SIGKILL);
-    }
+    // reading the vault. After a plain unmount the daemon has nothing left and exits; it is
+    // waited for all the same, so that the next attach finds the vault served by nobody.
+    endProcesses(daemons, std::chrono::milliseconds(300));
+    forgetOwner(mountPoint);
     // An empty folder left behind would catch files saved "into the vault" in plain text.
     ::rmdir(mountPoint.c_str());
     return {};
@@ -439,6 +270,9 @@ std::string info(const ToolCommand& command) {
         plist_dict_set_item(image, "image-path",
                             plist_new_string(imageForFsName(entry.source)->c_str()));
         plist_dict_set_item(image, "system-entities", systemEntities(entry.mountPoint));
+        // Whether the app that attached it still runs; left out when nobody knows.
+        if (const auto owner = ownerOf(entry.mountPoint))
+            plist_dict_set_item(image, "owner-alive", plist_new_bool(isAlive(*owner)));
         plist_array_append_item(images, image);
     }
     plist_t root = plist_new_dict();

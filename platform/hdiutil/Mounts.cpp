@@ -1,12 +1,9 @@
 #include "Mounts.h"
 
-#include <cerrno>
-#include <cstdlib>
-#include <cstring>
+#include "platform/RuntimeFolder.h"
+
 #include <fstream>
 #include <sstream>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace hdiutil {
 
@@ -163,36 +160,7 @@ std::optional<MountEntry> mountAt(const std::vector<MountEntry>& mounts,
 }
 
 std::string privateMountRoot(std::string& error) {
-    const uid_t uid = ::getuid();
-    const std::string uidText = std::to_string(uid);
-    std::string base;
-    if (const char* runtime = std::getenv("XDG_RUNTIME_DIR"); runtime && runtime[0] == '/') {
-        base = trimTrailingSlashes(runtime) + "/morvanta";
-    } else {
-        const std::string userRun = "/run/user/" + uidText;
-        struct stat info {};
-        if (::lstat(userRun.c_str(), &info) == 0 && S_ISDIR(info.st_mode) && info.st_uid == uid) {
-            base = userRun + "/morvanta";
-        } else {
-            const char* tmp = std::getenv("TMPDIR");
-            base = trimTrailingSlashes(tmp && tmp[0] == '/' ? tmp : "/tmp") + "/morvanta-" + uidText;
-        }
-    }
-
-    if (::mkdir(base.c_str(), 0700) != 0 && errno != EEXIST) {
-        error = "cannot create the mount folder " + base + ": " + std::strerror(errno);
-        return {};
-    }
-    struct stat info {};
-    if (::lstat(base.c_str(), &info) != 0 || !S_ISDIR(info.st_mode) || info.st_uid != uid) {
-        error = "the mount folder " + base + " is not a folder of this user";
-        return {};
-    }
-    if ((info.st_mode & 077) != 0 && ::chmod(base.c_str(), 0700) != 0) {
-        error = "cannot make the mount folder " + base + " private: " + std::strerror(errno);
-        return {};
-    }
-    return base;
+    return platform::privateRuntimeFolder(error);
 }
 
 } // namespace hdiutil

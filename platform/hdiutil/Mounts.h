@@ -32,8 +32,8 @@ std::optional<MountEntry> mountOfImage(const std::vector<MountEntry>& mounts,
 std::optional<MountEntry> mountAt(const std::vector<MountEntry>& mounts,
                                   std::string_view mountPoint);
 
-// The folder that holds our mount points: owned by the user, mode 0700, outside anything a
-// file manager lists. Empty with `error` set when no safe folder can be had.
+// The folder that holds our mount points: the user's private runtime folder, which no file
+// manager lists. Empty with `error` set when no safe folder can be had.
 std::string privateMountRoot(std::string& error);
 
 } // namespace hdiutil

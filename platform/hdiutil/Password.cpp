@@ -54,15 +54,13 @@ Secret readAllSecret(int fd) {
     return Secret(std::move(data));
 }
 
-std::vector<Secret> splitPasswords(const Secret& input, std::size_t count) {
-    std::vector<Secret> passwords;
-    std::string_view rest = input.bytes();
-    for (std::size_t i = 0; i < count; ++i) {
-        const std::size_t end = rest.find('\0');
-        passwords.emplace_back(std::string(rest.substr(0, end)));
-        rest = end == std::string_view::npos ? std::string_view() : rest.substr(end + 1);
-    }
-    return passwords;
+std::optional<std::pair<Secret, Secret>> splitPasswordPair(const Secret& input) {
+    const std::string_view bytes = input.bytes();
+    const std::size_t first = bytes.find('\0');
+    if (first == std::string_view::npos || bytes.find('\0', first + 1) != bytes.size() - 1)
+        return std::nullopt;
+    return std::pair(Secret(std::string(bytes.substr(0, first))),
+                     Secret(std::string(bytes.substr(first + 1, bytes.size() - first - 2))));
 }
 
 std::string passwordProblem(std::string_view password) {
@@ -70,6 +68,8 @@ std::string passwordProblem(std::string_view password) {
         return "the password is empty";
     if (password.find('\n') != std::string_view::npos)
         return "the password contains a line break, which gocryptfs cannot take";
+    if (password.find('\0') != std::string_view::npos)
+        return "the password contains a NUL character, which gocryptfs cannot take";
     if (password.size() > kMaxPasswordBytes)
         return "the password is longer than " + std::to_string(kMaxPasswordBytes) + " bytes";
     return {};

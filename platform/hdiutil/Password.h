@@ -1,8 +1,9 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
+#include <utility>
 
 namespace hdiutil {
 
@@ -29,9 +30,10 @@ private:
 // Reads a descriptor to its end into wiped-on-release memory.
 Secret readAllSecret(int fd);
 
-// Splits what -stdinpass sends into `count` passwords: each ends at a NUL byte or at the end
-// of the input (so "old\0new\0" gives two), as the disk-image tool reads them.
-std::vector<Secret> splitPasswords(const Secret& input, std::size_t count);
+// The old and the new password of a re-key, as -oldstdinpass -newstdinpass send them: each
+// ended by a NUL byte ("old\0new\0"). Anything else is refused rather than split somewhere:
+// a NUL inside the old password would otherwise re-key under the wrong text.
+std::optional<std::pair<Secret, Secret>> splitPasswordPair(const Secret& input);
 
 // Why gocryptfs could not take this password exactly as given, or empty when it can.
 std::string passwordProblem(std::string_view password);

@@ -439,11 +439,17 @@ private slots:
         QCOMPARE(form.buttonTitle(), "Change Password");
     }
 
-    void aWrongCurrentPasswordIsShownAndRunsNoTool() {
+    void refusalsAreShownAndRunNoTool() {
         OpenFakeVault fake;
         PasswordChangeForm form;
         form.setVault(fake.vault.get());
         QSignalSpy succeeded(&form, &PasswordChangeForm::succeeded);
+        form.setOldPw("the password");
+        form.setNewPw(QString("a new password").append(QChar(0)));
+        form.setConfirmPw(form.newPw());
+        form.change();
+        QVERIFY(!form.busy());
+        QCOMPARE(form.error(), *unusablePasswordReason(form.newPw()));
         form.setOldPw("the passwort");
         form.setNewPw("a new password");
         form.setConfirmPw("a new password");

@@ -69,19 +69,15 @@ private slots:
         QVERIFY(!ran);
     }
 
-    void unlockFacesWording() {
+    // The neutral face must not give the vault away.
+    void theSignInFaceNeverMentionsAVault() {
         UnlockForm form;
-        QCOMPARE(form.title(), "Unlock Vault");
-        QCOMPARE(form.subtitle(), "Enter your master password to access vault.");
-        QCOMPARE(form.placeholder(), "Master password");
-        QCOMPARE(form.buttonLabel(), "Unlock");
         QSignalSpy relabelled(&form, &UnlockForm::buttonLabelChanged);
         form.setStealth(true);
-        QCOMPARE(form.title(), "Sign in");
-        QCOMPARE(form.subtitle(), "Enter password to continue.");
-        QCOMPARE(form.placeholder(), "Password");
-        QCOMPARE(form.buttonLabel(), "Sign in");
         QCOMPARE(relabelled.count(), 1);
+        for (const QString& text :
+             {form.title(), form.subtitle(), form.placeholder(), form.buttonLabel()})
+            QVERIFY2(!text.contains("vault", Qt::CaseInsensitive), qPrintable(text));
     }
 
     void unlockTriesThePasswordAsTypedAndClearsItOnFailure() {
@@ -110,12 +106,16 @@ private slots:
         QCOMPARE(tool.calls[0].stdinText, "  spaced out  ");
     }
 
-    void unlockReportsAMissingVault() {
+    void unlockRefusalsRunNoTool() {
         QTemporaryDir support;
         RecordingRunner tool;
         VaultManager vault(support.path(), tool.runner());
         UnlockForm form;
         form.setVault(&vault);
+        form.setPassword(QString("pasted").append(QChar(0)));
+        form.unlock();
+        QVERIFY(!form.busy());
+        QCOMPARE(form.error(), *unusablePasswordReason(form.password()));
         form.setPassword("whatever");
         form.unlock();
         QTRY_VERIFY(!form.busy());
@@ -152,35 +152,17 @@ private slots:
         QCOMPARE(about.forwardLabel(), "Done");
     }
 
+    // No text may say something false about the platform it runs on.
     void welcomeTextsNameThisPlatform() {
-        QCOMPARE(WelcomePager::introSubtitle(), "Your Private Vault for Linux");
-        const QVariantList cards = WelcomePager::featureCards();
-        QCOMPARE(cards.size(), 6);
-        QStringList icons, titles, texts;
-        for (const QVariant& card : cards) {
-            icons << card.toMap().value("icon").toString();
-            titles << card.toMap().value("title").toString();
-            texts << card.toMap().value("text").toString();
-        }
-        QCOMPARE(icons, QStringList({"lock.shield.fill", "eye.slash.fill", "command", "bolt.fill",
-                                     "wifi.slash", "key.fill"}));
-        QCOMPARE(titles, QStringList({"Bank-grade security", "Truly invisible", "One password",
-                                      "Native Linux", "Your data stays yours", "Zero-knowledge"}));
-        QCOMPARE(texts,
-                 QStringList({"AES-256 encryption powered by gocryptfs, a proven open-source "
-                              "encryptor.",
-                              "Locked files \u2014 and even apps \u2014 vanish from your file "
-                              "manager, search, and terminal.",
-                              "Lock everything instantly with Ctrl+L, or let auto-lock handle it.",
-                              "Built with Qt. Fast, lightweight, no bloat.",
-                              "100% offline. No cloud. No accounts. No tracking.",
-                              "Only you hold the key. Nothing leaves your computer."}));
-        QCOMPARE(WelcomePager::backupText(),
-                 "Gear menu \u2192 Back Up Vault saves one encrypted file you can store anywhere. "
-                 "It opens in any archive manager with your master password, even without "
-                 "Morvanta \u2014 so reinstalling or removing the app won't cost you your files. "
-                 "(A backup still needs the password; it isn't a way to recover a forgotten "
-                 "one.)");
+        QStringList texts{WelcomePager::introSubtitle(), WelcomePager::backupText()};
+        for (const QVariant& card : WelcomePager::featureCards())
+            texts << card.toMap().value("title").toString()
+                  << card.toMap().value("text").toString();
+        QCOMPARE(texts.size(), 14);
+        QVERIFY(texts.first().endsWith("for Linux"));
+        for (const char* word :
+             {"Mac", "Finder", "Spotlight", "Apple", "SwiftUI", "\u2318", ".dmg"})
+            QVERIFY2(!texts.join('\n').contains(QString::fromUtf8(word)), word);
     }
 
     // Every symbol name used in the screens' QML must have an icon that draws something.

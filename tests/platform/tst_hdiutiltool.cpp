@@ -6,13 +6,14 @@
 #include "platform/hdiutil/Password.h"
 #include "platform/hdiutil/ToolCommand.h"
 #include "support/FuseHarness.h"
+#include "support/Trees.h"
 
 #include "engine/HDIUtil.h"
 
 #include <QDir>
 #include <QFile>
-#include <QJsonDocument>
-#include <QJsonObject>
+#include <QProcess>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -56,6 +57,23 @@ QString mountInfoLine(const QString& mountPoint) {
     return {};
 }
 
+// The gocryptfs processes whose arguments name the vault folder by its name.
+QStringList gocryptfsProcessesOn(const QString& image) {
+    QStringList pids;
+    for (const QString& pid : QDir("/proc").entryList(QDir::Dirs)) {
+        const QByteArray cmdline = testsupport::readFile("/proc/" + pid + "/cmdline");
+        if (cmdline.startsWith("/usr/bin/gocryptfs") &&
+            cmdline.contains(QFile::encodeName(QFileInfo(image).fileName())))
+            pids.append(pid);
+    }
+    return pids;
+}
+
+// A literal's bytes, NULs included, without the one that ends it.
+template <std::size_t N> QByteArray bytes(const char (&text)[N]) {
+    return QByteArray(text, N - 1);
+}
+
 mode_t modeOf(const QString& path) {
     struct stat info {};
     return ::stat(QFile::encodeName(path), &info) == 0 ? info.st_mode & 07777 : 0;
@@ -87,35 +105,6 @@ private slots:
 
     // --- reading its input ---------------------------------------------------------------
 
-    void parsesTheEnginesArgumentLists() {
-        ToolCommand command;
-        std::string error;
-        QVERIFY(parseToolCommand(toStd(createArgs("/v/vault.gocryptfs")), command, error));
-        QCOMPARE(command.verb, ToolCommand::Verb::Create);
-        QCOMPARE(command.volumeName, "MorvantaVault");
-        QCOMPARE(command.target, "/v/vault.gocryptfs");
-        QVERIFY(command.stdinPass);
-
-        QVERIFY(parseToolCommand({"attach", "-stdinpass", "-plist", "-nobrowse", "/v"}, command,
-                                 error));
-        QVERIFY(command.verb == ToolCommand::Verb::Attach && command.plist && command.stdinPass);
-
-        QVERIFY(parseToolCommand({"detach", "-force", "/m p"}, command, error));
-        QVERIFY(command.force && command.target == "/m p");
-        QVERIFY(parseToolCommand({"detach", "/m"}, command, error));
-        QVERIFY(!command.force);
-
-        QVERIFY(parseToolCommand({"chpass", "-oldstdinpass", "-newstdinpass", "/v"}, command,
-                                 error));
-        QCOMPARE(command.verb, ToolCommand::Verb::ChangePassword);
-
-        QVERIFY(parseToolCommand({"create", "-encryption", "AES-256", "-stdinpass", "-srcfolder",
-                                  "/m", "-volname", "MorvantaVault", "-format", "UDZO", "-ov",
-                                  "/b.7z"},
-                                 command, error));
-        QVERIFY(command.overwrite && command.sourceFolder == "/m" && command.format == "UDZO");
-    }
-
     void refusesBadArgumentLists_data() {
         QTest::addColumn<QStringList>("args");
         QTest::addColumn<QString>("reason");
@@ -145,21 +134,9 @@ private slots:
         QVERIFY2(QString::fromStdString(error).contains(reason), error.c_str());
     }
 
-    void splitsAndChecksPasswords() {
-        const Secret reKey(std::string("old pw\0new pw\0", 14));
-        const std::vector<Secret> both = splitPasswords(reKey, 2);
-        QCOMPARE(both[0].bytes(), "old pw");
-        QCOMPARE(both[1].bytes(), "new pw");
-        QCOMPARE(splitPasswords(Secret("no terminator"), 1)[0].bytes(), "no terminator");
-        QCOMPARE(splitPasswords(Secret("only one"), 2)[1].bytes(), "");
+    void checksPasswords() {
         QCOMPARE(Secret(" x\r").asLine().bytes(), " x\r\n");
-
         QVERIFY(passwordProblem(std::string(kMaxPasswordBytes, 'a')).empty());
-        QVERIFY(passwordProblem(" \r\t spaces and CR are kept ").empty());
-        QVERIFY(passwordProblem(std::string("\xC3\xA9", 2)).empty());
-        QVERIFY(!passwordProblem("").empty());
-        QVERIFY(!passwordProblem("two\nlines").empty());
-        QVERIFY(!passwordProblem(std::string(kMaxPasswordBytes + 1, 'a')).empty());
     }
 
     void readsTheMountTable() {
@@ -199,6 +176,7 @@ private slots:
         QTest::addColumn<QString>("reason");
         QTest::newRow("empty") << QByteArray() << "empty";
         QTest::newRow("line feed") << QByteArray("line\nfeed") << "line break";
+        QTest::newRow("NUL") << QByteArray("nul\0byte", 8) << "NUL character";
         QTest::newRow("too long") << QByteArray(2049, 'x') << "longer than 2048";
     }
     void refusesPasswordsGocryptfsWouldChange() {
@@ -209,7 +187,6 @@ private slots:
         const auto run = tool(createArgs(image()), password.toStdString());
         QCOMPARE(run.status, 1);
         QVERIFY2(QString::fromStdString(run.err).contains(reason), run.err.c_str());
-        QCOMPARE(std::count(run.err.begin(), run.err.end(), '\n'), 1);
         QVERIFY(!QFileInfo::exists(image()));
     }
 
@@ -239,6 +216,9 @@ private slots:
         const auto again = tool({"attach", "-stdinpass", "-plist", image()}, "pw");
         QCOMPARE(again.status, 1);
         QVERIFY2(QString::fromStdString(again.err).contains("already attached"), again.err.c_str());
+        const auto reKey = tool({"chpass", "-oldstdinpass", "-newstdinpass", image()},
+                                std::string_view("pw\0new\0", 8));
+        QVERIFY2(reKey.err.find("attached") != std::string::npos, reKey.err.c_str());
 
         const auto info = tool({"info", "-plist"});
         QCOMPARE(parseAttachedMountPoints(QString::fromStdString(info.out), image()),
@@ -275,25 +255,53 @@ private slots:
                  QStringList());
     }
 
-    void detachesOnlyItsOwnMounts() {
+    // gocryptfs run by hand on the vault is the user's business: never a second daemon on the
+    // same vault, never an unmount of theirs.
+    void leavesAloneAVaultGocryptfsServesElsewhere_data() {
+        QTest::addColumn<QStringList>("gocryptfsArgs");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("mounted by hand")
+            << QStringList{"-q", "VAULT", "manual"} << "already mounted by gocryptfs at";
+        QTest::newRow("re-keyed by hand")
+            << QStringList{"-passwd", "VAULT"} << "gocryptfs is already running on the vault";
+    }
+    void leavesAloneAVaultGocryptfsServesElsewhere() {
         REQUIRE_FUSE();
         startFuseTest();
+        QFETCH(QStringList, gocryptfsArgs);
+        QFETCH(QString, reason);
         QVERIFY(tool({"detach", m_dir->path()}).err.find("not attached") != std::string::npos);
+        // A name of its own, so that its processes are told apart from any other test's.
+        const QString vault = image(QFileInfo(m_dir->path()).fileName() + ".gocryptfs");
+        QCOMPARE(tool(createArgs(vault), "pw").status, 0);
+        QDir().mkpath(m_dir->filePath("manual"));
+        // Started beside the vault, with relative paths, as a person would type them.
+        QProcess byHand;
+        const auto cleanUp = qScopeGuard([&] {
+            platform::runProcess("/usr/bin/fusermount3",
+                                 {"-u", m_dir->filePath("manual").toStdString()}, {});
+            byHand.kill();
+            byHand.waitForFinished();
+        });
+        byHand.setWorkingDirectory(m_dir->path());
+        byHand.start("/usr/bin/gocryptfs",
+                     gocryptfsArgs.replaceInStrings("VAULT", QFileInfo(vault).fileName()));
+        QVERIFY(byHand.waitForStarted());
+        if (gocryptfsArgs.contains("manual")) {
+            byHand.write("pw\n");
+            byHand.closeWriteChannel();
+            QTRY_VERIFY(mountEntryAt(m_dir->filePath("manual")));
+        }
+        const QStringList processes = gocryptfsProcessesOn(vault);
 
-        // A vault mounted with gocryptfs by hand is the user's business, not ours.
-        QCOMPARE(tool(createArgs(image()), "pw").status, 0);
-        const QString manual = m_dir->filePath("manual");
-        QDir().mkpath(manual);
-        QCOMPARE(platform::runProcess("/usr/bin/gocryptfs", {"-q", image().toStdString(),
-                                                             manual.toStdString()},
-                                      "pw\n", platform::OutputCapture::MemoryFiles)
-                     .status,
-                 0);
-        const auto run = tool({"detach", "-force", manual});
+        const auto run = tool({"attach", "-stdinpass", "-plist", vault}, "pw");
         QCOMPARE(run.status, 1);
-        QVERIFY2(run.err.find("not attached by this tool") != std::string::npos, run.err.c_str());
-        QVERIFY(mountEntryAt(manual));
-        platform::runProcess("/usr/bin/fusermount3", {"-u", manual.toStdString()}, std::nullopt);
+        QVERIFY2(QString::fromStdString(run.err).contains(reason), run.err.c_str());
+        QCOMPARE(testsupport::mountsBelow(m_runtime->path()), QStringList());
+        QCOMPARE(gocryptfsProcessesOn(vault), processes);
+        const auto detach = tool({"detach", "-force", m_dir->filePath("manual")});
+        QVERIFY2(detach.status == 1 && !detach.err.empty(), detach.err.c_str());
+        QCOMPARE(gocryptfsProcessesOn(vault), processes);
     }
 
     void onlyAForcedDetachTakesABusyVault() {
@@ -325,67 +333,100 @@ private slots:
         QCOMPARE(tool({"detach", reopened}).status, 0);
     }
 
-    void reKeysADetachedVaultOnly() {
+    // The vault was made with "old"; afterwards exactly one of the two passwords opens it.
+    void reKeysOnlyWithExactlyTwoPasswords_data() {
+        QTest::addColumn<QByteArray>("input");
+        QTest::addColumn<QString>("reason");
+        QTest::addColumn<QByteArray>("opens");
+        QTest::newRow("wrong old")
+            << bytes("nope\0new\0") << "Password incorrect" << QByteArray("old");
+        QTest::newRow("new with a line break")
+            << bytes("old\0two\nlines\0") << "new password: " << QByteArray("old");
+        // Each of these once re-keyed to a password nobody typed.
+        QTest::newRow("NUL inside the old")
+            << bytes("old\0x\0new\0") << "each ended" << QByteArray("old");
+        QTest::newRow("a third field")
+            << bytes("old\0new\0more\0") << "each ended" << QByteArray("old");
+        QTest::newRow("no final NUL") << bytes("old\0new") << "each ended" << QByteArray("old");
+        QTest::newRow("right") << bytes("old\0new\0") << QString() << QByteArray("new");
+    }
+    void reKeysOnlyWithExactlyTwoPasswords() {
         REQUIRE_FUSE();
         startFuseTest();
+        QFETCH(QByteArray, input);
+        QFETCH(QString, reason);
+        QFETCH(QByteArray, opens);
         QCOMPARE(tool(createArgs(image()), "old").status, 0);
-        const QStringList chpass{"chpass", "-oldstdinpass", "-newstdinpass", image()};
-
-        const auto wrong = tool(chpass, std::string_view("nope\0new\0", 9));
-        QCOMPARE(wrong.status, 1);
-        QVERIFY2(wrong.err.find("Password incorrect") != std::string::npos, wrong.err.c_str());
-        const auto badNew = tool(chpass, std::string_view("old\0two\nlines\0", 15));
-        QVERIFY2(badNew.err.find("new password: ") != std::string::npos, badNew.err.c_str());
-
         // A re-key interrupted earlier leaves this behind; it must not block the next one.
         QVERIFY(QFile(image() + "/gocryptfs.conf.tmp").open(QIODevice::WriteOnly));
-        QCOMPARE(tool(chpass, std::string_view("old\0new\0", 8)).status, 0);
 
-        const QString mount = attachedAt(tool({"attach", "-stdinpass", "-plist", image()}, "new"));
-        QVERIFY(!mount.isEmpty());
-        const auto whileAttached = tool(chpass, std::string_view("new\0old\0", 8));
-        QVERIFY2(whileAttached.err.find("attached") != std::string::npos, whileAttached.err.c_str());
-        QCOMPARE(tool({"detach", mount}).status, 0);
+        const auto run =
+            tool({"chpass", "-oldstdinpass", "-newstdinpass", image()}, input.toStdString());
+        QCOMPARE(run.status, reason.isEmpty() ? 0 : 1);
+        QVERIFY2(QString::fromStdString(run.err).contains(reason), run.err.c_str());
+        for (const char* password : {"old", "new"}) {
+            const auto attach = tool({"attach", "-stdinpass", "-plist", image()}, password);
+            QCOMPARE(attach.status == 0, password == opens);
+            if (attach.status == 0)
+                QCOMPARE(tool({"detach", attachedAt(attach)}).status, 0);
+        }
     }
 
-    void writesCopiesOnlyWhereAllowed() {
-        QTemporaryDir dir;
-        const QString source = dir.filePath("source");
-        QDir().mkpath(source + "/sub");
-        QFile(source + "/sub/a.txt").open(QIODevice::WriteOnly);
-        const QString target = dir.filePath("backup.7z");
-        auto copy = [&](const QString& destination, bool overwrite) {
-            QStringList args{"create", "-encryption", "AES-256", "-stdinpass", "-srcfolder", source,
-                             "-volname", "MorvantaVault", "-format", "UDZO", destination};
-            if (overwrite)
-                args.insert(10, "-ov");
-            return tool(args, "pw", testsupport::shippedToolPath());
-        };
-
-        QCOMPARE(copy(target, true).status, 0);
-        QCOMPARE(QFileInfo(target).permissions() & 0x0077, QFileDevice::Permissions());
-        const qint64 size = QFileInfo(target).size();
-
-        const auto noOverwrite = copy(target, false);
-        QVERIFY2(noOverwrite.err.find("File exists") != std::string::npos, noOverwrite.err.c_str());
-        QCOMPARE(QFileInfo(target).size(), size);
-        const auto intoFolder = copy(source, true);
-        QVERIFY2(intoFolder.err.find("is a folder") != std::string::npos, intoFolder.err.c_str());
-        const auto nowhere = copy(dir.filePath("missing/backup.7z"), true);
-        QVERIFY2(nowhere.err.find("No such folder") != std::string::npos, nowhere.err.c_str());
-        QCOMPARE(QDir(dir.path()).entryList({"*.partial-*"}), QStringList());
+    // A good backup exists; a copy that may not be made leaves it, and whatever is at the
+    // destination, exactly as they were.
+    void copiesOnlyAnAttachedVaultOverAFile_data() {
+        QTest::addColumn<QStringList>("paths"); // what is copied, where to
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("a plain folder") << QStringList{"plain", "backup.7z"} << "not an attached";
+        QTest::newRow("a mount gone") << QStringList{"vanished", "backup.7z"} << "not an attached";
+        QTest::newRow("without -ov") << QStringList{"mount", "backup.7z"} << "File exists";
+        QTest::newRow("onto a folder") << QStringList{"mount", "folder"} << "is a folder";
+        QTest::newRow("onto a link") << QStringList{"mount", "link"} << "symbolic link";
+        QTest::newRow("onto a pipe") << QStringList{"mount", "pipe"} << "not a regular file";
+        QTest::newRow("into no folder") << QStringList{"mount", "none/b.7z"} << "No such folder";
     }
-
-    void theShippedToolUsesAStrongerKeyDerivation() {
+    void copiesOnlyAnAttachedVaultOverAFile() {
         REQUIRE_FUSE();
         startFuseTest();
-        QCOMPARE(tool(createArgs(image()), "pw", testsupport::shippedToolPath()).status, 0);
-        QFile config(image() + "/gocryptfs.conf");
-        QVERIFY(config.open(QIODevice::ReadOnly));
-        const QJsonObject scrypt =
-            QJsonDocument::fromJson(config.readAll()).object()["ScryptObject"].toObject();
-        // gocryptfs's own default is 2^16.
-        QCOMPARE(scrypt["N"].toInt(), 1 << 17);
+        QFETCH(QStringList, paths);
+        QFETCH(QString, reason);
+        const QString source = paths[0], destination = paths[1];
+        QCOMPARE(tool(createArgs(image()), "pw").status, 0);
+        const QString mount = attachedAt(tool({"attach", "-stdinpass", "-plist", image()}, "pw"));
+        QFile(mount + "/a.txt").open(QIODevice::WriteOnly);
+        auto copy = [&](const QString& from, const QString& to, bool ov) {
+            QStringList args{"create",     "-encryption", "AES-256",          "-stdinpass",
+                             "-srcfolder", from,          "-volname",         "MorvantaVault",
+                             "-format",    "UDZO",        m_dir->filePath(to)};
+            if (ov)
+                args.insert(10, "-ov");
+            return tool(args, "pw");
+        };
+        QCOMPARE(copy(mount, "backup.7z", true).status, 0);
+        QCOMPARE(QFileInfo(m_dir->filePath("backup.7z")).permissions() & 0x0077,
+                 QFileDevice::Permissions());
+        const QByteArray good = testsupport::readFile(m_dir->filePath("backup.7z"));
+        QDir().mkpath(m_dir->filePath("plain"));
+        QDir().mkpath(m_dir->filePath("folder"));
+        QVERIFY(QFile::link(m_dir->filePath("backup.7z"), m_dir->filePath("link")));
+        QCOMPARE(::mkfifo(QFile::encodeName(m_dir->filePath("pipe")), 0600), 0);
+        if (source == "vanished")
+            QCOMPARE(platform::runProcess("/usr/bin/fusermount3", {"-u", mount.toStdString()}, {})
+                         .status,
+                     0);
+        struct stat before {};
+        struct stat after {};
+        ::lstat(QFile::encodeName(m_dir->filePath(destination)), &before);
+
+        const auto run = copy(source == "plain" ? m_dir->filePath(source) : mount, destination,
+                              reason != "File exists");
+        QCOMPARE(run.status, 1);
+        QVERIFY2(QString::fromStdString(run.err).contains(reason), run.err.c_str());
+        QCOMPARE(testsupport::readFile(m_dir->filePath("backup.7z")), good);
+        ::lstat(QFile::encodeName(m_dir->filePath(destination)), &after);
+        QCOMPARE(after.st_mode, before.st_mode);
+        QCOMPARE(QDir(m_dir->path()).entryList({"*.partial-*"}), QStringList());
+        tool({"detach", mount});
     }
 };
 

@@ -3,9 +3,11 @@
 
 #include "platform/Settings.h"
 #include "platform/SingleInstance.h"
+#include "platform/hdiutil/Mounts.h"
 #include "support/FuseHarness.h"
 
 #include <QFileInfo>
+#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -35,11 +37,27 @@ private slots:
         QCOMPARE(raw.value("disguiseMode").toString(), "neutral");
     }
 
+    void aSecondLaunchWakesTheFirst_data() {
+        QTest::addColumn<QByteArray>("runtimeDir");
+        QTest::newRow("runtime folder set") << QByteArray("scoped");
+        QTest::newRow("no runtime folder") << QByteArray();
+        QTest::newRow("a relative one") << QByteArray("run/user");
+    }
     void aSecondLaunchWakesTheFirst() {
+        QFETCH(QByteArray, runtimeDir);
         testsupport::ScopedRuntimeDir runtime;
+        QTemporaryDir tmp;
+        const auto restore =
+            qScopeGuard([previous = qgetenv("TMPDIR")] { qputenv("TMPDIR", previous); });
+        qputenv("TMPDIR", QFile::encodeName(tmp.path()));
+        if (runtimeDir != "scoped")
+            qputenv("XDG_RUNTIME_DIR", runtimeDir);
         platform::SingleInstance first(QStringLiteral("morvanta-test"));
         QVERIFY(first.isPrimary());
-        QVERIFY(first.socketPath().startsWith(runtime.path()));
+        // In the user's private folder where the tool mounts, whatever the environment lacks.
+        std::string error;
+        QCOMPARE(QFileInfo(first.socketPath()).path(),
+                 QString::fromStdString(hdiutil::privateMountRoot(error)));
         QSignalSpy woken(&first, &platform::SingleInstance::activationRequested);
 
         platform::SingleInstance second(QStringLiteral("morvanta-test"));

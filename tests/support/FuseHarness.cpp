@@ -39,6 +39,14 @@ HDIUtilRunner fastToolRunner() {
     };
 }
 
+HDIUtilRunner orphanedToolRunner() {
+    return [](const QStringList& args, const std::optional<QString>& stdinText) {
+        // Not the last command, so the shell forks the tool rather than becoming it.
+        const QStringList script{"-c", "\"$0\" \"$@\"; exit $?", fastToolPath()};
+        return runHDIUtilProgram(QStringLiteral("/bin/sh"), script + args, stdinText);
+    };
+}
+
 ScopedRuntimeDir::ScopedRuntimeDir()
     : m_previous(qgetenv("XDG_RUNTIME_DIR")), m_hadPrevious(qEnvironmentVariableIsSet("XDG_RUNTIME_DIR")) {
     QFile::setPermissions(m_dir.path(), QFileDevice::ReadOwner | QFileDevice::WriteOwner |

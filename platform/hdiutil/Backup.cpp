@@ -1,0 +1,98 @@
+#include "Backup.h"
+
+#include "Mounts.h"
+#include "ToolSteps.h"
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+namespace hdiutil {
+
+namespace {
+
+// Only a vault this tool attached is copied. A plain folder where a mount used to be (the
+// mount vanished from outside) is empty or worse, and an archive of it put in place of the
+// last good backup would lose everything that backup held.
+void requireAttachedVault(const std::string& source) {
+    const auto mounted = mountAt(currentMounts(), source);
+    if (!mounted)
+        throw Failure{source + " is not an attached vault: nothing to back up"};
+    if (mounted->fsType != kFsType || !imageForFsName(mounted->source))
+        throw Failure{source + " was not attached by this tool"};
+}
+
+// What is at the destination may only be replaced when it is a file: renaming over a link
+// would drop the link rather than write where it points, and folders, pipes and devices
+// are nothing a backup should take the place of.
+void requireReplaceableDestination(const std::string& destination, bool overwrite) {
+    struct stat info {};
+    if (::lstat(destination.c_str(), &info) != 0)
+        return;
+    if (S_ISDIR(info.st_mode))
+        throw Failure{destination + " is a folder"};
+    if (S_ISLNK(info.st_mode))
+        throw Failure{destination + " is a symbolic link, which a backup does not replace"};
+    if (!S_ISREG(info.st_mode))
+        throw Failure{destination + " is not a regular file, which a backup does not replace"};
+    if (!overwrite)
+        throw Failure{"File exists: " + destination};
+}
+
+} // namespace
+
+// A 7-Zip archive (AES-256, names encrypted too) that any archive manager opens with the
+// password. It is written beside the destination and renamed over it only when complete, so
+// a failure never costs an earlier backup.
+std::string createCopy(const ToolCommand& command, const ToolConfig& config, int stdinFd) {
+    const std::string source = absolutePath(command.sourceFolder);
+    requireAttachedVault(source);
+    const std::string destination = absolutePath(command.target);
+    const std::string folder = fs::path(destination).parent_path().string();
+    if (!isDirectory(folder))
+        throw Failure{"No such folder: " + folder};
+    requireReplaceableDestination(destination, command.overwrite);
+    const std::string sevenZip = findProgram("7z");
+    const Secret password = readPassword(stdinFd);
+
+    std::string pattern = destination + ".partial-XXXXXX";
+    const int fd = ::mkstemp(pattern.data());
+    if (fd < 0)
+        throw Failure{folder + ": " + std::strerror(errno)};
+    ::close(fd);
+    TemporaryFile partial(pattern);
+    // 7z adds to an archive that exists; it must start from nothing.
+    ::unlink(partial.path().c_str());
+
+    // Run inside the folder so that the archive holds its contents at the top, hidden files
+    // and all. -mx=1: the fast setting; higher levels cost several times the time for little.
+    const Secret line = password.asLine();
+    const platform::ProcessResult run = platform::runProcess(
+        sevenZip, {"a", "-t7z", "-mhe=on", "-mx=1", "-bd", "-p", "-snl", "-y", partial.path(), "."},
+        line.bytes(), platform::OutputCapture::MemoryFiles, source);
+    if (run.status != 0)
+        throw Failure{"7z: " + reasonOf(run, "7z")};
+
+    // A backup is only a backup once it has been read back: opened with the password and
+    // every file checked. One that fails is never put in place of the previous one. (Without
+    // -p, 7z asks for the password on standard input; a bare -p would mean an empty one.)
+    if (config.beforeVerifying)
+        config.beforeVerifying(partial.path());
+    const platform::ProcessResult check = platform::runProcess(
+        sevenZip, {"t", "-bd", partial.path()}, line.bytes(), platform::OutputCapture::MemoryFiles);
+    if (check.status != 0)
+        throw Failure{"the backup could not be read back: " + reasonOf(check, "7z t")};
+    ::chmod(partial.path().c_str(), 0600);
+    // Checked again: something may have been put there while the archive was written.
+    requireReplaceableDestination(destination, command.overwrite);
+    if (::rename(partial.path().c_str(), destination.c_str()) != 0)
+        throw Failure{destination + ": " + std::strerror(errno)};
+    partial.keep();
+    return {};
+}
+
+} // namespace hdiutil
