@@ -28,7 +28,8 @@ namespace {
 // May this process unlink the entry `name` (described by `entry`) from `folder`?
 bool mayUnlinkFrom(const std::string& folder, const struct stat& entry) {
     struct stat info {};
-    if (::access(folder.c_str(), W_OK | X_OK) != 0 || ::stat(folder.c_str(), &info) != 0)
+    // The permissions this process works with, not those of its real user.
+    if (::faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) != 0 || ::stat(folder.c_str(), &info) != 0)
         return false;
     const uid_t me = ::geteuid();
     if ((info.st_mode & S_ISVTX) && me != 0 && entry.st_uid != me && info.st_uid != me)

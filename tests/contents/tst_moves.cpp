@@ -3,6 +3,7 @@
 // goes in comes back out with every detail; and afterwards every byte is somewhere to be seen.
 
 #include "engine/VaultManager.h"
+#include "platform/TreeRemoval.h"
 #include "support/Errors.h"
 #include "support/FuseHarness.h"
 #include "support/RecordingFileLayer.h"
@@ -17,6 +18,7 @@
 #include <fcntl.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
+#include <sys/fsuid.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
@@ -257,6 +259,32 @@ private slots:
         m_vault->restoreItem(url(inVault("Tree")));
         QCOMPARE(treeOf(home("Tree"), Detail::Everything), before);
         QCOMPARE(vaultEntries(), QStringList());
+    }
+
+    void readOnlyFoldersCopyAndCleanUpWithoutRootsPowers() {
+        requireRoot();
+        // A user's tree with a read-only folder in it, worked on as that user: a thread whose
+        // file-system identity is not root loses root's right to ignore permissions.
+        QDir().mkpath(home("mine/App/res"));
+        QVERIFY(writeFile(home("mine/App/res/icon.png"), "png"));
+        QVERIFY(::chmod(QFile::encodeName(home("mine/App/res")), 0555) == 0);
+        QProcess::execute("chown", {"-R", "65534:65534", home("mine")});
+        QVERIFY(::chmod(QFile::encodeName(home()), 0755) == 0);
+        const std::string app = QFile::encodeName(home("mine/App")).toStdString();
+        ::setfsgid(65534);
+        ::setfsuid(65534);
+        const auto back = qScopeGuard([] { ::setfsuid(0), ::setfsgid(0); });
+
+        QVERIFY(!platform::canRemoveTree(app)); // so it goes to the administrator, whole
+        platform::TreeSurvey survey;
+        QVERIFY(!platform::surveyTree(app, survey));
+        for (const char* copy : {"/copy", "/second copy"})
+            QCOMPARE(platform::copySurveyed(app, home("mine").toStdString() + copy, survey), platform::FileError());
+        // The clean-up after a refused add, and the removal after a move out, leave nothing.
+        QCOMPARE(platform::removeTree(home("mine/copy").toStdString()), platform::FileError());
+        QVERIFY(!platform::surveyTree(home("mine/second copy").toStdString(), survey));
+        QCOMPARE(platform::removeSurveyed(home("mine/second copy").toStdString(), survey, true), platform::FileError());
+        QCOMPARE(QDir(home("mine")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList{"App"});
     }
 
     void sizesPastWhatSixtyFourBitsHoldSaturate() {
