@@ -113,7 +113,8 @@ void VaultManager::removeOriginal(const QUrl& url, const platform::TreeSurvey& s
     // original before the administrator is even asked.
     if (platform::canRemoveTree(path))
         m_files->remove(path, survey, false);
-    if (platform::removableLeft(path, survey)) {
+    const bool elevated = platform::removableLeft(path, survey);
+    if (elevated) {
         const CommandRunner& run = m_elevationRunner ? m_elevationRunner : CommandRunner(runCommand);
         run(elevatedRemovalCommand(source), QByteArray::fromStdString(platform::encodeSurvey(survey)));
     }
@@ -124,7 +125,11 @@ void VaultManager::removeOriginal(const QUrl& url, const platform::TreeSurvey& s
             setOrigin(std::nullopt, url.fileName());
         } catch (const VaultError&) {
         }
-        throw VaultError::cannotRemoveSource(url.fileName());
+        if (elevated)
+            throw VaultError::cannotRemoveSource(url.fileName());
+        throw VaultError::ioFailed(QStringLiteral("\u201C%1\u201D changed while it was being added, so "
+                                                  "it was left where it was and not added.")
+                                       .arg(url.fileName()));
     }
     platform::forgetTracesBelow({source});
     if (platform::existsNoFollow(path)) {

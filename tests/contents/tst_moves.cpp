@@ -188,6 +188,18 @@ private slots:
         QCOMPARE(m_vault->restoreFolder(url(inVault("Photos"))), home());
         QCOMPARE(m_prompts, 0);
 
+        // A lone file saved again while it was copied: the add is undone, the newer file stays.
+        QVERIFY(writeFile(home("draft.txt"), "first"));
+        files->beforeEach = [&](const QString& call) {
+            if (call == "remove " + home("draft.txt"))
+                writeFile(home("draft.txt"), "second, longer");
+        };
+        QCOMPARE(errorOf([&] { m_vault->addItem(url(home("draft.txt"))); }),
+                 QString::fromUtf8("IO failed: “draft.txt” changed while it was being added, so it was left where it was and not added."));
+        QCOMPARE(readFile(home("draft.txt")), "second, longer");
+        QVERIFY(!m_vault->restoreFolder(url(inVault("draft.txt"))));
+        QCOMPARE(vaultEntries(), QStringList{"Photos"});
+
         // The same on the way out: what was saved into the vault meanwhile stays in it.
         QVERIFY(QDir(home("Photos")).removeRecursively());
         files->beforeEach = [&](const QString& call) {
