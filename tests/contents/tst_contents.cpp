@@ -6,6 +6,7 @@
 #include "support/FuseHarness.h"
 #include "support/RecordingFileLayer.h"
 #include "support/Trees.h"
+#include "support/VaultTestCase.h"
 
 #include <QDir>
 #include <QFile>
@@ -43,21 +44,9 @@ void setModeAndTime(const QString& path, mode_t mode, qint64 mtime) {
 
 } // namespace
 
-class TestContents : public QObject {
+class TestContents : public VaultTestCase {
     Q_OBJECT
 
-    std::unique_ptr<testsupport::ScopedRuntimeDir> m_runtime;
-    std::unique_ptr<QTemporaryDir> m_home;
-    std::unique_ptr<VaultManager> m_vault;
-    QList<QStringList> m_elevations;
-
-    QString home(const QString& name = {}) const {
-        return name.isEmpty() ? m_home->path() : m_home->filePath(name);
-    }
-    QString inVault(const QString& name) const {
-        return m_vault->mountPoint().toLocalFile() + '/' + name;
-    }
-    QUrl url(const QString& path) const { return QUrl::fromLocalFile(path); }
     // The user's side: the home folder without the vault's own (encrypted) files.
     QMap<QString, QByteArray> homeTree() const {
         QMap<QString, QByteArray> tree = treeOf(home(), Detail::ModesAndTimes);
@@ -86,24 +75,9 @@ class TestContents : public QObject {
 private slots:
     void init() {
         REQUIRE_FUSE();
-        m_runtime = std::make_unique<testsupport::ScopedRuntimeDir>();
-        m_home = std::make_unique<QTemporaryDir>();
-        m_vault = std::make_unique<VaultManager>(home(".support"), testsupport::fastToolRunner());
-        m_elevations.clear();
-        m_vault->setElevationRunner([this](const QStringList& command, const QByteArray&) {
-            m_elevations.append(command);
-            return 126; // the user dismissed the prompt
-        });
-        m_vault->createVault("pw");
-        m_vault->unlock("pw");
+        setUpVault();
     }
-    void cleanup() {
-        if (m_vault && m_vault->isUnlocked())
-            m_vault->lock();
-        m_vault.reset();
-        m_home.reset();
-        m_runtime.reset();
-    }
+    void cleanup() { tearDownVault(); }
 
     void addAndRestoreKeepEverything() {
         // A document, a folder with a link, an empty folder and a hidden file, a program.
@@ -332,15 +306,11 @@ private slots:
     void aCopyThatFailsPartWayCostsNothing() {
         if (::geteuid() != 0)
             QSKIP("needs root to mount a small file system");
-        cleanup();
-        m_runtime = std::make_unique<testsupport::ScopedRuntimeDir>();
-        m_home = std::make_unique<QTemporaryDir>();
+        m_vault->lock();
         // The vault lives on a file system too small for what is added.
-        testsupport::ScopedTmpfs small(home(".support"), "size=4m");
+        testsupport::ScopedTmpfs small(home("small"), "size=4m");
         QVERIFY(small.mounted());
-        m_vault = std::make_unique<VaultManager>(home(".support"), testsupport::fastToolRunner());
-        m_vault->createVault("pw");
-        m_vault->unlock("pw");
+        openVault(home("small/support"));
         QDir().mkpath(home("Big"));
         QVERIFY(writeFile(home("Big/first.txt"), "small"));
         QVERIFY(writeFile(home("Big/second.bin"), QByteArray(6 << 20, 'x')));

@@ -8,6 +8,7 @@
 #include "support/FuseHarness.h"
 #include "support/RecordingFileLayer.h"
 #include "support/Trees.h"
+#include "support/VaultTestCase.h"
 
 #include <QDir>
 #include <QFile>
@@ -46,17 +47,9 @@ const QByteArray kAcl = QByteArray::fromHex("0200000001000600ffffffff02000400e80
 
 } // namespace
 
-class TestMoves : public QObject {
+class TestMoves : public VaultTestCase {
     Q_OBJECT
 
-    std::unique_ptr<testsupport::ScopedRuntimeDir> m_runtime;
-    std::unique_ptr<QTemporaryDir> m_home;
-    std::unique_ptr<VaultManager> m_vault;
-    int m_prompts = 0;
-
-    QString home(const QString& name = {}) const { return name.isEmpty() ? m_home->path() : m_home->filePath(name); }
-    QString inVault(const QString& name) const { return m_vault->mountPoint().toLocalFile() + '/' + name; }
-    static QUrl url(const QString& path) { return QUrl::fromLocalFile(path); }
     // Everything at the vault's root but the registry, staging leftovers included.
     QStringList vaultEntries() const {
         QStringList names = QDir(inVault({})).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden);
@@ -67,31 +60,12 @@ class TestMoves : public QObject {
         if (::geteuid() != 0)
             QSKIP("needs root to mount file systems and set file flags");
     }
-    void openVault(const QString& support) {
-        m_vault = std::make_unique<VaultManager>(support, testsupport::fastToolRunner());
-        m_vault->setElevationRunner([this](const QStringList&, const QByteArray&) {
-            ++m_prompts;
-            return 126; // the prompt was dismissed
-        });
-        m_vault->createVault("pw");
-        m_vault->unlock("pw");
-    }
-
 private slots:
     void init() {
         REQUIRE_FUSE();
-        m_runtime = std::make_unique<testsupport::ScopedRuntimeDir>();
-        m_home = std::make_unique<QTemporaryDir>();
-        m_prompts = 0;
-        openVault(home(".support"));
+        setUpVault();
     }
-    void cleanup() {
-        if (m_vault && m_vault->isUnlocked())
-            m_vault->lock();
-        m_vault.reset();
-        m_home.reset();
-        m_runtime.reset();
-    }
+    void cleanup() { tearDownVault(); }
 
     void whatCannotMoveSafelyIsRefusedUntouched_data() {
         QTest::addColumn<QString>("item");
@@ -137,7 +111,7 @@ private slots:
         QVERIFY2(message.contains(error), qPrintable(message));
         QCOMPARE(treeOf(home(), Detail::ModesAndTimes), before);
         QCOMPARE(vaultEntries(), QStringList());
-        QCOMPARE(m_prompts, 0);
+        QCOMPARE(m_elevations.size(), 0);
     }
 
     void systemTreesAreNeverMoved() {
@@ -186,7 +160,7 @@ private slots:
         QCOMPARE(treeOf(home("Photos")).keys(), (QStringList{"b.jpg", "early.jpg", "sub", "sub/late.jpg"}));
         QCOMPARE(readFile(home("Photos/b.jpg")), "b.jpg, edited");
         QCOMPARE(m_vault->restoreFolder(url(inVault("Photos"))), home());
-        QCOMPARE(m_prompts, 0);
+        QCOMPARE(m_elevations.size(), 0);
 
         // A lone file saved again while it was copied: the add is undone, the newer file stays.
         QVERIFY(writeFile(home("draft.txt"), "first"));
@@ -220,8 +194,6 @@ private slots:
     void aRegistryThatCannotBeWrittenFailsTheAdd() {
         requireRoot();
         QFETCH(QByteArray, options);
-        cleanup();
-        init();
         m_vault->lock();
         testsupport::ScopedTmpfs small(home("small"), options);
         QVERIFY(small.mounted());
