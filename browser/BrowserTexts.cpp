@@ -50,6 +50,18 @@ QString byteCountText(std::optional<qint64> size, const QLocale& locale) {
     return text;
 }
 
+QString progressText(const WorkProgress& progress, const QLocale& locale) {
+    QString text = QStringLiteral("\u201C%1\u201D").arg(progress.name);
+    if (progress.bytesTotal > 0) {
+        text += QStringLiteral(" \u2014 %1 of %2")
+                    .arg(byteCountText(qint64(progress.bytesDone), locale),
+                         byteCountText(qint64(progress.bytesTotal), locale));
+    }
+    if (progress.filesTotal > 1)
+        text += QStringLiteral(", %1 of %2 items").arg(progress.filesDone).arg(progress.filesTotal);
+    return text;
+}
+
 QString dateText(const std::optional<QDateTime>& date, const QLocale& locale) {
     if (!date || !date->isValid())
         return kNone;

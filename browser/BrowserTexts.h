@@ -1,5 +1,7 @@
 #pragma once
 
+#include "engine/WorkProgress.h"
+
 #include <QDateTime>
 #include <QLocale>
 #include <QString>
@@ -24,6 +26,8 @@ QString dateText(const std::optional<QDateTime>& date, const QLocale& locale = Q
 
 // What the rename prompt starts with: the name without its extension, if it has one.
 QString renamePrefill(const QUrl& url);
+// "“Photos” — 12.4 MB of 1.1 GB, 31 of 200 items", for the progress strip.
+QString progressText(const WorkProgress& progress, const QLocale& locale = QLocale());
 // The rename prompt's message, which says that the extension stays.
 QString renameMessage(const QUrl& url);
 // The restore confirmation's message: where the item goes. Without a known folder the last

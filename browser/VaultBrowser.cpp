@@ -256,24 +256,27 @@ void VaultBrowser::restartIdleTimerIfUnlocked() {
         m_vault->restartIdleTimer();
 }
 
-void VaultBrowser::runEngineWork(std::function<void(VaultManager&)> work) {
+void VaultBrowser::runEngineWork(std::function<void(VaultManager&)> work, std::function<void()> succeeded) {
     setBusy(true);
-    runAfterNextFrame(this, [this, work = std::move(work)] {
-        // Locking replaces the screen, and this object with it, while the engine reports.
-        const QPointer<VaultBrowser> self(this);
-        const QPointer<VaultManager> vault(m_vault);
-        try {
-            if (!vault)
-                throw VaultError::notMounted();
-            work(*vault);
-        } catch (const VaultError& error) {
-            if (self)
-                setError(error.errorDescription());
-        }
-        if (!self)
+    // Queued after the busy state has painted; the work itself runs on the engine's worker.
+    runAfterNextFrame(this, [this, work = std::move(work), succeeded = std::move(succeeded)] {
+        if (!m_vault) {
+            setError(VaultError::notMounted().errorDescription());
+            setBusy(false);
             return;
-        setBusy(false);
-        restartIdleTimerIfUnlocked();
+        }
+        // Locking replaces the screen, and this object with it, while the work winds down.
+        const QPointer<VaultBrowser> self(this);
+        m_vault->runInBackground(work, [self, succeeded](const std::optional<VaultError>& error) {
+            if (!self)
+                return;
+            if (!error && succeeded)
+                succeeded();
+            else if (error && !VaultManager::wasCancelled(*error))
+                self->setError(error->errorDescription());
+            self->setBusy(false);
+            self->restartIdleTimerIfUnlocked();
+        });
     });
 }
 
@@ -311,17 +314,7 @@ void VaultBrowser::addItem() {
     // Cancelled: nothing to show, and nothing happened to count as activity again.
     if (!chosen)
         return;
-    runEngineWork([this, urls = *chosen](VaultManager& vault) {
-        // Each one on its own: a failure is shown and the rest are still added. The new
-        // rows are the feedback for those that went in.
-        for (const QUrl& url : urls) {
-            try {
-                vault.addItem(url);
-            } catch (const VaultError& error) {
-                setError(error.errorDescription());
-            }
-        }
-    });
+    addEach(*chosen);
 }
 
 void VaultBrowser::openItem(const QUrl& url) {
@@ -345,22 +338,22 @@ void VaultBrowser::commitRename() {
     const QUrl url = m_renameTarget;
     setRenameTarget({});
     beginAction();
-    runEngineWork([this, url, name = m_renameText](VaultManager& vault) {
-        vault.renameItem(url, name);
-        setSelection({});
-        setSuccess(QStringLiteral("Renamed."));
-    });
+    runEngineWork([url, name = m_renameText](VaultManager& vault) { vault.renameItem(url, name); },
+                  [this] {
+                      setSelection({});
+                      setSuccess(QStringLiteral("Renamed."));
+                  });
 }
 
 void VaultBrowser::restoreSelected() {
     if (m_selection.isEmpty() || m_busy)
         return;
     beginAction();
-    runEngineWork([this, url = m_selection](VaultManager& vault) {
-        vault.restoreItem(url);
-        setSelection({});
-        setSuccess(QStringLiteral("Restored to original location."));
-    });
+    runEngineWork([url = m_selection](VaultManager& vault) { vault.restoreItem(url); },
+                  [this] {
+                      setSelection({});
+                      setSuccess(QStringLiteral("Restored to original location."));
+                  });
 }
 
 void VaultBrowser::removeSelected() {
@@ -372,21 +365,19 @@ void VaultBrowser::removeSelected() {
     if (!chosen || chosen->isEmpty())
         return;
     // Moving out is its own feedback: the row goes, and no banner says so.
-    runEngineWork([this, url = m_selection, folder = chosen->first()](VaultManager& vault) {
-        vault.removeItem(url, folder);
-        setSelection({});
-    });
+    runEngineWork([url = m_selection, folder = chosen->first()](VaultManager& vault) { vault.removeItem(url, folder); },
+                  [this] { setSelection({}); });
 }
 
 void VaultBrowser::deleteSelected() {
     if (m_selection.isEmpty() || m_busy)
         return;
     beginAction();
-    runEngineWork([this, url = m_selection](VaultManager& vault) {
-        vault.deleteItem(url);
-        setSelection({});
-        setSuccess(QStringLiteral("Deleted permanently."));
-    });
+    runEngineWork([url = m_selection](VaultManager& vault) { vault.deleteItem(url); },
+                  [this] {
+                      setSelection({});
+                      setSuccess(QStringLiteral("Deleted permanently."));
+                  });
 }
 
 bool VaultBrowser::handleDrop(const QList<QUrl>& urls) {
@@ -402,18 +393,29 @@ bool VaultBrowser::handleDrop(const QList<QUrl>& urls) {
     }
     if (files.isEmpty())
         return false;
-    // One after another, in the order dropped; with several failures the last one shows.
-    runEngineWork([this, files](VaultManager& vault) {
-        for (const QUrl& url : files) {
+    addEach(files);
+    return true;
+}
+
+// One after another, in the order given: a failure does not stop the rest, and with several
+// the last one shows. The new rows are the feedback for those that went in; a cancel stops
+// them all.
+void VaultBrowser::addEach(const QList<QUrl>& urls) {
+    runEngineWork([urls](VaultManager& vault) {
+        std::optional<VaultError> last;
+        for (const QUrl& url : urls) {
             try {
                 vault.addItem(url);
             } catch (const VaultError& error) {
-                setError(error.errorDescription());
+                if (VaultManager::wasCancelled(error))
+                    throw;
+                last = error;
             }
-            restartIdleTimerIfUnlocked();
+            vault.restartIdleTimer();
         }
+        if (last)
+            throw *last;
     });
-    return true;
 }
 
 void VaultBrowser::setIdle(double minutes) {
@@ -460,10 +462,8 @@ void VaultBrowser::backupVault() {
         m_panels ? m_panels->runSavePanel(backupPanelOptions()) : std::nullopt;
     if (!destination || destination->isEmpty())
         return;
-    runEngineWork([this, destination = *destination](VaultManager& vault) {
-        vault.backupVault(destination);
-        setSuccess(QStringLiteral("Encrypted backup saved."));
-    });
+    runEngineWork([destination = *destination](VaultManager& vault) { vault.backupVault(destination); },
+                  [this] { setSuccess(QStringLiteral("Encrypted backup saved.")); });
 }
 
 void VaultBrowser::passwordChanged() {

@@ -165,7 +165,10 @@ private:
     // Runs engine work once the busy state has painted, then restarts the idle timer again
     // so that a long copy does not leave the timer nearly run out. A thrown error's text
     // becomes the error banner.
-    void runEngineWork(std::function<void(VaultManager&)> work);
+    // Runs `work` off the window's thread; `succeeded` runs back on it when the work threw
+    // nothing. An error shows in the banner, a cancellation shows nothing.
+    void addEach(const QList<QUrl>& urls);
+    void runEngineWork(std::function<void(VaultManager&)> work, std::function<void()> succeeded = {});
     void setBusy(bool busy);
     void itemsChanged();
 

@@ -290,6 +290,12 @@ Item {
             onDismissed: browser.success = ""
         }
 
+        ProgressStrip {
+            objectName: "progressStrip"
+            Layout.fillWidth: true
+            work: WorkStrip { vault: root.vault }
+        }
+
         // Status bar.
         RowLayout {
             Layout.fillWidth: true

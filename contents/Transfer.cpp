@@ -70,7 +70,8 @@ void VaultManager::stageCopy(const QString& source, const QString& target,
     const QString staging = QFileInfo(target).path() + QLatin1Char('/') + kStagingPrefix +
                             QString::number(QRandomGenerator::system()->generate64(), 16);
     try {
-        if (const platform::FileError error = m_files->copy(local(source), local(staging), survey, {}))
+        const platform::CopyObserver observer = progressObserver(QFileInfo(target).fileName(), survey);
+        if (const platform::FileError error = m_files->copy(local(source), local(staging), survey, observer))
             throw VaultError::ioFailed(QString::fromStdString(*error));
         // Whole on stable storage before it takes the name, and the name before the original
         // goes: a crash at any moment leaves at least one whole copy, and never a partial one
@@ -83,6 +84,11 @@ void VaultManager::stageCopy(const QString& source, const QString& target,
         throw;
     }
     flushFor(target);
+    // The last moment to give way: past it, the original starts to go.
+    if (m_cancelRequested) {
+        m_files->erase(local(target));
+        throw VaultError::ioFailed(kCancelledText);
+    }
 }
 
 QString VaultManager::leftBehindMessage(const QString& name, const QString& original) const {

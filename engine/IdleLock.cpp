@@ -3,11 +3,16 @@
 #include "VaultManager.h"
 
 #include <QMetaObject>
+#include <QThread>
 
 #include <cmath>
 #include <limits>
 
 void VaultManager::restartIdleTimer() {
+    if (QThread::currentThread() != thread()) {
+        publish([this] { restartIdleTimer(); });
+        return;
+    }
     stopIdleTimer();
     // Strictly greater: 0 turns the automatic lock off.
     if (!(m_idleTimeoutSeconds > 0.0))

@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QStandardPaths>
+#include <QThread>
 
 namespace {
 
@@ -35,7 +36,10 @@ VaultManager::VaultManager(std::optional<QString> supportDir, HDIUtilRunner hdiu
     detachStaleMounts();
 }
 
-VaultManager::~VaultManager() { forgetPassword(); }
+VaultManager::~VaultManager() {
+    finishBackgroundWork(true);
+    forgetPassword();
+}
 
 QString VaultManager::bundlePath() const { return QDir(m_supportDir).filePath(kImageName); }
 
@@ -105,6 +109,8 @@ void VaultManager::attach(const QString& password) {
 }
 
 void VaultManager::lock() {
+    // The lock always wins: whatever runs is cancelled, rolls back, and then the vault locks.
+    finishBackgroundWork(true);
     stopIdleTimer();
     if (m_mountPoint.isEmpty())
         throw VaultError::notMounted();
@@ -125,6 +131,10 @@ void VaultManager::lock() {
 }
 
 void VaultManager::publishLockedState() {
+    if (QThread::currentThread() != thread()) {
+        publish([this] { publishLockedState(); });
+        return;
+    }
     stopIdleTimer();
     setMountPoint({});
     setUnlocked(false);
@@ -182,10 +192,12 @@ void VaultManager::setMountPoint(const QUrl& mountPoint) {
 }
 
 void VaultManager::setItems(const QList<VaultItem>& items) {
-    if (items == m_items)
-        return;
-    m_items = items;
-    emit itemsChanged();
+    publish([this, items] {
+        if (items == m_items)
+            return;
+        m_items = items;
+        emit itemsChanged();
+    });
 }
 
 void VaultManager::forgetPassword() {

@@ -2,6 +2,7 @@
 
 #include "HDIUtil.h"
 #include "VaultError.h"
+#include "WorkProgress.h"
 #include "contents/VaultItem.h"
 #include "platform/FileLayer.h"
 
@@ -13,9 +14,11 @@
 #include <QTimer>
 #include <QUrl>
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <optional>
+#include <thread>
 
 // Why a password cannot be used for the vault, or nothing when it can: the tool hands the
 // password to the encryption exactly as its bytes, and some texts cannot travel that way
@@ -24,8 +27,10 @@
 std::optional<QString> unusablePasswordReason(const QString& password);
 
 // The vault engine: owns the one encrypted image, knows whether it is attached and where,
-// and publishes those facts to the screens. Every operation runs on the main thread, either
-// completes or throws exactly one VaultError, and changes published state only on success.
+// and publishes those facts to the screens. Every operation either completes or throws
+// exactly one VaultError. Operations run where they are called; the screens hand the long
+// ones to runInBackground, and whatever thread an operation runs on, the published state
+// changes on the thread this object lives on.
 class VaultManager : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isUnlocked READ isUnlocked NOTIFY isUnlockedChanged)
@@ -33,6 +38,8 @@ class VaultManager : public QObject {
     Q_PROPERTY(QList<VaultItem> items READ items NOTIFY itemsChanged)
     Q_PROPERTY(double idleTimeoutSeconds READ idleTimeoutSeconds WRITE setIdleTimeoutSeconds NOTIFY
                    idleTimeoutSecondsChanged)
+    Q_PROPERTY(bool isWorking READ isWorking NOTIFY isWorkingChanged)
+    Q_PROPERTY(WorkProgress progress READ progress NOTIFY progressChanged)
 
 public:
     // Without a support folder the user's data folder + "Morvanta" is used; without a runner
@@ -67,6 +74,22 @@ public:
     // Counts the full idle delay again from now; with a delay of 0 or less, no automatic
     // lock is pending. Called after every vault action.
     Q_INVOKABLE void restartIdleTimer();
+    // --- work off the window's thread (engine/BackgroundWork.cpp) ---
+
+    // Runs `work` on a worker thread, one piece of work at a time. `done` runs back on this
+    // object's thread with the error, if any, after every state change the work published.
+    // A lock cancels the work first and waits for it to roll back.
+    using Work = std::function<void(VaultManager&)>;
+    using WorkDone = std::function<void(const std::optional<VaultError>& error)>;
+    void runInBackground(Work work, WorkDone done);
+    bool isWorking() const { return m_isWorking; }
+    WorkProgress progress() const { return m_progress; }
+    // Stops a move or copy under way at its next chunk; it rolls back and fails with
+    // kCancelledText. Work past the point of no return (an original half removed) finishes.
+    Q_INVOKABLE void cancelWork();
+    static inline const QString kCancelledText = QStringLiteral("Cancelled.");
+    static bool wasCancelled(const VaultError& error);
+
     // The lock of the idle timer, of sleep and screen lock, and of quitting: locks if the
     // vault is open; a failure has nobody to tell and leaves it open.
     void lockIfUnlocked();
@@ -110,6 +133,8 @@ signals:
     void mountPointChanged();
     void itemsChanged();
     void idleTimeoutSecondsChanged();
+    void isWorkingChanged();
+    void progressChanged();
 
 private:
     HDIUtilResult runTool(const QStringList& args,
@@ -144,6 +169,14 @@ private:
     void moveOut(const QUrl& url, const QString& target);
     QString leftBehindMessage(const QString& name, const QString& original) const;
 
+    // Runs `change` on this object's thread: at once when called there, else queued.
+    void publish(std::function<void()> change);
+    // Waits for the work under way, cancelling it first when asked to.
+    void finishBackgroundWork(bool cancel);
+    // The copy's observer: stops on cancel, and tells of progress now and then.
+    platform::CopyObserver progressObserver(const QString& name, const platform::TreeSurvey& survey);
+    void setProgress(const WorkProgress& progress);
+
     void setUnlocked(bool unlocked);
     void setMountPoint(const QUrl& mountPoint);
     void setItems(const QList<VaultItem>& items);
@@ -163,6 +196,11 @@ private:
     QPointer<QTimer> m_idleTimer;
     CommandRunner m_elevationRunner;
     std::shared_ptr<platform::FileLayer> m_files = std::make_shared<platform::FileLayer>();
+
+    std::thread m_worker;
+    std::atomic<bool> m_cancelRequested = false;
+    bool m_isWorking = false;
+    WorkProgress m_progress;
 
     friend class VaultManagerTestAccess;
 };

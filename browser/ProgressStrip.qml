@@ -1,0 +1,63 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+import Morvanta.LockScreens
+import Morvanta.Browser
+
+// The work under way, when it takes longer than a moment: the item, how far it has got, and
+// Cancel. Short work never shows it, so it does not flicker.
+Rectangle {
+    id: strip
+
+    required property WorkStrip work
+    property bool shown: false
+
+    visible: shown && work.active
+    implicitHeight: row.implicitHeight + 16
+    radius: 10
+    color: Qt.rgba(1, 1, 1, 0.06)
+    border.width: 1
+    border.color: Qt.rgba(1, 1, 1, 0.1)
+
+    Timer {
+        interval: 600
+        running: strip.work.active
+        onTriggered: strip.shown = true
+        onRunningChanged: if (!running) strip.shown = false
+    }
+
+    RowLayout {
+        id: row
+        anchors.fill: parent
+        anchors.margins: 8
+        anchors.leftMargin: 12
+        spacing: 10
+
+        ColumnLayout {
+            Layout.fillWidth: true
+            spacing: 6
+            Label {
+                objectName: "progressText"
+                Layout.fillWidth: true
+                text: strip.work.text
+                elide: Text.ElideMiddle
+                color: Theme.text
+                font.pixelSize: 12
+            }
+            ProgressBar {
+                objectName: "progressBar"
+                Layout.fillWidth: true
+                from: 0
+                to: 1
+                value: Math.max(0, strip.work.fraction)
+                indeterminate: strip.work.fraction < 0
+                Accessible.name: strip.work.text
+            }
+        }
+        DialogButton {
+            objectName: "cancelWorkButton"
+            text: "Cancel"
+            onClicked: strip.work.cancel()
+        }
+    }
+}
