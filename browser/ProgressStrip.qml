@@ -11,8 +11,10 @@ Rectangle {
 
     required property WorkStrip work
     property bool shown: false
+    readonly property bool active: work.active
 
-    visible: shown && work.active
+    visible: shown && active
+    onActiveChanged: if (!active) shown = false
     implicitHeight: row.implicitHeight + 16
     radius: 10
     color: Qt.rgba(1, 1, 1, 0.06)
@@ -21,9 +23,8 @@ Rectangle {
 
     Timer {
         interval: 600
-        running: strip.work.active
+        running: strip.active
         onTriggered: strip.shown = true
-        onRunningChanged: if (!running) strip.shown = false
     }
 
     RowLayout {
@@ -45,6 +46,7 @@ Rectangle {
                 font.pixelSize: 12
             }
             ProgressBar {
+                id: bar
                 objectName: "progressBar"
                 Layout.fillWidth: true
                 from: 0
@@ -52,6 +54,22 @@ Rectangle {
                 value: Math.max(0, strip.work.fraction)
                 indeterminate: strip.work.fraction < 0
                 Accessible.name: strip.work.text
+
+                background: Rectangle {
+                    implicitHeight: 6
+                    radius: 3
+                    color: Qt.rgba(1, 1, 1, 0.12)
+                }
+                contentItem: Item {
+                    implicitHeight: 6
+                    Rectangle {
+                        width: bar.indeterminate ? parent.width : bar.visualPosition * parent.width
+                        height: parent.height
+                        radius: 3
+                        color: Theme.gold
+                        opacity: bar.indeterminate ? 0.35 : 1
+                    }
+                }
             }
         }
         DialogButton {

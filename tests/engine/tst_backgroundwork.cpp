@@ -4,6 +4,7 @@
 // test lets it go makes each moment certain, without timing.
 
 #include "support/Errors.h"
+#include "support/GatedFileLayer.h"
 #include "support/Trees.h"
 #include "support/VaultTestCase.h"
 
@@ -14,43 +15,18 @@
 using testsupport::readFile;
 using testsupport::writeFile;
 
-namespace {
-
-class GatedFiles : public platform::FileLayer {
-public:
-    QSemaphore reachedGate;
-    QSemaphore opened;
-
-    platform::FileError copy(const std::string& from, const std::string& to, const platform::TreeSurvey& survey,
-                             const platform::CopyObserver& observer) override {
-        bool first = true;
-        return FileLayer::copy(from, to, survey, [&](std::int64_t bytes, std::int64_t entries) {
-            if (std::exchange(first, false)) {
-                reachedGate.release();
-                // Held here until the test opens the gate, or the engine says stop.
-                while (!opened.tryAcquire(1, 5)) {
-                    if (!observer(bytes, entries))
-                        return false;
-                }
-            }
-            return observer(bytes, entries);
-        });
-    }
-};
-
-} // namespace
 
 class TestBackgroundWork : public VaultTestCase {
     Q_OBJECT
 
-    std::shared_ptr<GatedFiles> m_files;
+    std::shared_ptr<GatedFileLayer> m_files;
     std::optional<std::optional<VaultError>> m_result;
 
     // Starts adding a 24 MiB file and returns once its copy is held at the gate, having
     // checked on the way that the window's thread went on running events meanwhile.
     void startHeldAdd() {
         QVERIFY(writeFile(home("film.mkv"), QByteArray(24 << 20, 'f')));
-        m_files = std::make_shared<GatedFiles>();
+        m_files = std::make_shared<GatedFileLayer>();
         m_vault->setFileLayer(m_files);
         m_result.reset();
         m_vault->runInBackground([this](VaultManager& vault) { vault.addItem(url(home("film.mkv"))); },

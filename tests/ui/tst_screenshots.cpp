@@ -2,6 +2,7 @@
 // under build/screenshots/ for a person to look at. Loading each one with QML warnings made
 // fatal also makes this the smoke test that every screen's imports and bindings resolve.
 
+#include "support/GatedFileLayer.h"
 #include "support/AppWindow.h"
 #include "support/FuseHarness.h"
 #include "support/RecordingRunner.h"
@@ -283,6 +284,20 @@ private slots:
         shot("browser-drop-overlay");
         QDragLeaveEvent leave;
         QCoreApplication::sendEvent(app.window(), &leave);
+
+        // An add under way, held at its first chunk: the progress strip, and its Cancel.
+        auto gate = std::make_shared<GatedFileLayer>();
+        app.vault().setFileLayer(gate);
+        testsupport::writeFile(home.filePath("Holiday film.mkv"), QByteArray(24 << 20, 'f'));
+        app.panels().openAnswers = {QList<QUrl>{QUrl::fromLocalFile(home.filePath("Holiday film.mkv"))}};
+        app.click("addButton");
+        QTRY_VERIFY(app.find("progressStrip")->isVisible());
+        shot("browser-progress-add");
+        app.click("cancelWorkButton");
+        QTRY_VERIFY(!app.vault().isWorking());
+        QVERIFY(QFileInfo::exists(home.filePath("Holiday film.mkv")));
+        QVERIFY(!QFileInfo::exists(root + "Holiday film.mkv"));
+        QVERIFY(browser->property("error").toString().isEmpty());
 
         // The smallest window still shows every part.
         app.window()->resize(520, 420);
