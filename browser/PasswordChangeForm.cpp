@@ -76,20 +76,22 @@ void PasswordChangeForm::change() {
     }
     setBusy(true);
     m_pending = true;
-    runAfterNextFrame(this, [this, oldPassword = m_oldPw, newPassword = m_newPw] {
-        m_pending = false;
-        try {
-            if (!m_vault)
-                throw VaultError::notMounted();
-            m_vault->changePassword(oldPassword, newPassword);
-        } catch (const VaultError& error) {
-            setError(error.errorDescription());
-            setBusy(false);
-            return;
-        }
-        emit succeeded();
-        emit dismissRequested();
-    });
+    runVaultWork(
+        this, m_vault,
+        [oldPassword = m_oldPw, newPassword = m_newPw](VaultManager& vault) {
+            vault.changePassword(oldPassword, newPassword);
+        },
+        [this](const std::optional<VaultError>& error) {
+            m_pending = false;
+            if (error) {
+                setError(error->errorDescription());
+                setBusy(false);
+                return;
+            }
+            emit succeeded();
+            emit dismissRequested();
+        },
+        VaultError::notMounted());
 }
 
 void PasswordChangeForm::reset() {

@@ -258,26 +258,18 @@ void VaultBrowser::restartIdleTimerIfUnlocked() {
 
 void VaultBrowser::runEngineWork(std::function<void(VaultManager&)> work, std::function<void()> succeeded) {
     setBusy(true);
-    // Queued after the busy state has painted; the work itself runs on the engine's worker.
-    runAfterNextFrame(this, [this, work = std::move(work), succeeded = std::move(succeeded)] {
-        if (!m_vault) {
-            setError(VaultError::notMounted().errorDescription());
-            setBusy(false);
-            return;
-        }
-        // Locking replaces the screen, and this object with it, while the work winds down.
-        const QPointer<VaultBrowser> self(this);
-        m_vault->runInBackground(work, [self, succeeded](const std::optional<VaultError>& error) {
-            if (!self)
-                return;
+    // Locking replaces the screen, and this object with it, while the work winds down.
+    runVaultWork(
+        this, m_vault, std::move(work),
+        [this, succeeded = std::move(succeeded)](const std::optional<VaultError>& error) {
             if (!error && succeeded)
                 succeeded();
             else if (error && !VaultManager::wasCancelled(*error))
-                self->setError(error->errorDescription());
-            self->setBusy(false);
-            self->restartIdleTimerIfUnlocked();
-        });
-    });
+                setError(error->errorDescription());
+            setBusy(false);
+            restartIdleTimerIfUnlocked();
+        },
+        VaultError::notMounted());
 }
 
 platform::OpenPanelOptions VaultBrowser::addPanelOptions() {

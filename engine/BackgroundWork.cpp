@@ -3,6 +3,7 @@
 
 #include "VaultManager.h"
 
+#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QPointer>
 #include <QThread>
@@ -45,6 +46,9 @@ void VaultManager::finishBackgroundWork(bool cancel) {
     if (cancel)
         m_cancelRequested = true;
     m_worker.join();
+    // What the work published, and its end, are waiting in the queue: they go first, in
+    // order, so that nothing published later is overtaken by them.
+    QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
 }
 
 void VaultManager::publish(std::function<void()> change) {

@@ -42,11 +42,17 @@ void VaultManager::restartIdleTimer() {
 }
 
 void VaultManager::stopIdleTimer() {
+    if (QThread::currentThread() != thread()) {
+        publish([this] { stopIdleTimer(); });
+        return;
+    }
     delete m_idleTimer.data();
     m_idleTimer = nullptr;
 }
 
 void VaultManager::lockIfUnlocked() {
+    // Whatever runs gives way first (an unlock under way finishes, then locks).
+    finishBackgroundWork(true);
     if (!m_isUnlocked)
         return;
     try {

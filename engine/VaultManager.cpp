@@ -131,10 +131,6 @@ void VaultManager::lock() {
 }
 
 void VaultManager::publishLockedState() {
-    if (QThread::currentThread() != thread()) {
-        publish([this] { publishLockedState(); });
-        return;
-    }
     stopIdleTimer();
     setMountPoint({});
     setUnlocked(false);
@@ -178,17 +174,23 @@ void VaultManager::requireMounted() {
 }
 
 void VaultManager::setUnlocked(bool unlocked) {
-    if (unlocked == m_isUnlocked)
-        return;
     m_isUnlocked = unlocked;
-    emit isUnlockedChanged();
+    publish([this, unlocked] {
+        if (unlocked == m_shownUnlocked)
+            return;
+        m_shownUnlocked = unlocked;
+        emit isUnlockedChanged();
+    });
 }
 
 void VaultManager::setMountPoint(const QUrl& mountPoint) {
-    if (mountPoint == m_mountPoint)
-        return;
     m_mountPoint = mountPoint;
-    emit mountPointChanged();
+    publish([this, mountPoint] {
+        if (mountPoint == m_shownMountPoint)
+            return;
+        m_shownMountPoint = mountPoint;
+        emit mountPointChanged();
+    });
 }
 
 void VaultManager::setItems(const QList<VaultItem>& items) {

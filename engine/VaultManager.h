@@ -51,9 +51,10 @@ public:
                           QObject* parent = nullptr);
     ~VaultManager() override;
 
-    bool isUnlocked() const { return m_isUnlocked; }
+    // As published on this object's thread; work under way may be a step ahead.
+    bool isUnlocked() const { return m_shownUnlocked; }
     // Empty while locked.
-    QUrl mountPoint() const { return m_mountPoint; }
+    QUrl mountPoint() const { return m_shownMountPoint; }
     const QList<VaultItem>& items() const { return m_items; }
     double idleTimeoutSeconds() const { return m_idleTimeoutSeconds; }
     void setIdleTimeoutSeconds(double seconds);
@@ -182,8 +183,12 @@ private:
     void setItems(const QList<VaultItem>& items);
     void forgetPassword();
 
+    // The engine's own facts, changed by whichever thread runs the operation (one at a time),
+    // and the copies the screens see, changed only on this object's thread.
     bool m_isUnlocked = false;
     QUrl m_mountPoint;
+    bool m_shownUnlocked = false;
+    QUrl m_shownMountPoint;
     QList<VaultItem> m_items;
     double m_idleTimeoutSeconds = 300.0;
 

@@ -1,5 +1,7 @@
 #include "MainLoop.h"
 
+#include "engine/VaultManager.h"
+
 #include <QGuiApplication>
 #include <QPointer>
 #include <QQuickWindow>
@@ -45,4 +47,18 @@ void runAfterNextFrame(QObject* context, std::function<void()> work) {
         runOnce();
     });
     window->update();
+}
+
+void runVaultWork(QObject* context, VaultManager* vault, std::function<void(VaultManager&)> work,
+                  std::function<void(const std::optional<VaultError>&)> done, const VaultError& missing) {
+    if (!vault) {
+        done(missing);
+        return;
+    }
+    vault->runInBackground(std::move(work),
+                           [guard = QPointer<QObject>(context), done = std::move(done)](
+                               const std::optional<VaultError>& error) {
+                               if (guard)
+                                   done(error);
+                           });
 }

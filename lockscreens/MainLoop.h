@@ -3,8 +3,18 @@
 #include <QObject>
 
 #include <functional>
+#include <optional>
 
 // Runs `work` later on the main thread, after the window has painted once more, so that a
 // busy state set just before shows while the engine blocks the thread. Dropped if `context`
 // is destroyed first.
 void runAfterNextFrame(QObject* context, std::function<void()> work);
+
+class VaultManager;
+class VaultError;
+
+// Runs `work` on the vault's worker, off the window's thread; `done` runs back on the
+// window's thread with the error, if any, unless `context` has gone meanwhile. Without a
+// vault, `done` gets `missing`.
+void runVaultWork(QObject* context, VaultManager* vault, std::function<void(VaultManager&)> work,
+                  std::function<void(const std::optional<VaultError>&)> done, const VaultError& missing);

@@ -172,18 +172,16 @@ void MathQuiz::submit() {
     const qint64 expected = expectedAnswer();
     setBusy(true);
     setMessage(std::nullopt);
-    runAfterNextFrame(this, [this, typed, answer, expected] {
-        try {
-            if (m_vault) {
-                m_vault->unlock(typed);
+    runVaultWork(
+        this, m_vault, [typed](VaultManager& vault) { vault.unlock(typed); },
+        [this, answer, expected](const std::optional<VaultError>& error) {
+            if (!error)
                 return;
-            }
-        } catch (const VaultError&) {
             // Never shown: on this screen a failed unlock is just a quiz answer.
-        }
-        setMessage(answer == expected ? Message::correct : Message::wrong);
-        setInput({});
-        regenerate();
-        setBusy(false);
-    });
+            setMessage(answer == expected ? Message::correct : Message::wrong);
+            setInput({});
+            regenerate();
+            setBusy(false);
+        },
+        VaultError::notInitialized());
 }

@@ -206,16 +206,18 @@ void SetupForm::create() {
         return;
     }
     setBusy(true);
-    runAfterNextFrame(this, [this, password = m_password] {
-        try {
-            // A screen without an engine has nothing to create a vault with.
-            if (!m_vault)
-                throw VaultError::notInitialized();
-            m_vault->createVault(password);
-            m_vault->unlock(password);
-        } catch (const VaultError& error) {
-            setError(error.errorDescription());
+    // A screen without an engine has nothing to create a vault with.
+    runVaultWork(
+        this, m_vault,
+        [password = m_password](VaultManager& vault) {
+            vault.createVault(password);
+            vault.unlock(password);
+        },
+        [this](const std::optional<VaultError>& error) {
+            if (!error)
+                return;
+            setError(error->errorDescription());
             setBusy(false);
-        }
-    });
+        },
+        VaultError::notInitialized());
 }

@@ -71,15 +71,14 @@ void UnlockForm::unlock() {
         return;
     }
     setBusy(true);
-    runAfterNextFrame(this, [this, password = m_password] {
-        try {
-            if (!m_vault)
-                throw VaultError::notInitialized();
-            m_vault->unlock(password);
-        } catch (const VaultError& error) {
-            setError(error.errorDescription());
+    runVaultWork(
+        this, m_vault, [password = m_password](VaultManager& vault) { vault.unlock(password); },
+        [this](const std::optional<VaultError>& error) {
+            if (!error)
+                return;
+            setError(error->errorDescription());
             setBusy(false);
             setPassword({});
-        }
-    });
+        },
+        VaultError::notInitialized());
 }
