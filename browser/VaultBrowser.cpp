@@ -301,12 +301,14 @@ void VaultBrowser::addItem() {
     if (m_busy)
         return;
     beginAction();
-    const std::optional<QList<QUrl>> chosen =
-        m_panels ? m_panels->runOpenPanel(addPanelOptions()) : std::nullopt;
-    // Cancelled: nothing to show, and nothing happened to count as activity again.
-    if (!chosen)
+    if (!m_panels)
         return;
-    addEach(*chosen);
+    // Cancelled: nothing to show, and nothing happened to count as activity again. A choice
+    // made after this screen went (the vault locked) never arrives.
+    m_panels->openPanel(addPanelOptions(), this, [this](const std::optional<QList<QUrl>>& chosen) {
+        if (chosen && !m_busy)
+            addEach(*chosen);
+    });
 }
 
 void VaultBrowser::openItem(const QUrl& url) {
@@ -352,13 +354,17 @@ void VaultBrowser::removeSelected() {
     if (m_selection.isEmpty() || m_busy)
         return;
     beginAction();
-    const std::optional<QList<QUrl>> chosen =
-        m_panels ? m_panels->runOpenPanel(moveOutPanelOptions()) : std::nullopt;
-    if (!chosen || chosen->isEmpty())
+    if (!m_panels)
         return;
-    // Moving out is its own feedback: the row goes, and no banner says so.
-    runEngineWork([url = m_selection, folder = chosen->first()](VaultManager& vault) { vault.removeItem(url, folder); },
-                  [this] { setSelection({}); });
+    m_panels->openPanel(moveOutPanelOptions(), this,
+                        [this, url = m_selection](const std::optional<QList<QUrl>>& chosen) {
+                            if (!chosen || chosen->isEmpty() || m_busy)
+                                return;
+                            // Moving out is its own feedback: the row goes, and no banner says so.
+                            runEngineWork([url, folder = chosen->first()](VaultManager& vault) {
+                                vault.removeItem(url, folder);
+                            }, [this] { setSelection({}); });
+                        });
 }
 
 void VaultBrowser::deleteSelected() {
@@ -450,12 +456,14 @@ void VaultBrowser::backupVault() {
     if (m_busy)
         return;
     beginAction();
-    const std::optional<QUrl> destination =
-        m_panels ? m_panels->runSavePanel(backupPanelOptions()) : std::nullopt;
-    if (!destination || destination->isEmpty())
+    if (!m_panels)
         return;
-    runEngineWork([destination = *destination](VaultManager& vault) { vault.backupVault(destination); },
-                  [this] { setSuccess(QStringLiteral("Encrypted backup saved.")); });
+    m_panels->savePanel(backupPanelOptions(), this, [this](const std::optional<QUrl>& destination) {
+        if (!destination || destination->isEmpty() || m_busy)
+            return;
+        runEngineWork([destination = *destination](VaultManager& vault) { vault.backupVault(destination); },
+                      [this] { setSuccess(QStringLiteral("Encrypted backup saved.")); });
+    });
 }
 
 void VaultBrowser::passwordChanged() {

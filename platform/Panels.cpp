@@ -34,16 +34,38 @@ bool canShowDialogs() {
     return qobject_cast<QApplication*>(QCoreApplication::instance()) != nullptr;
 }
 
+// Shown without blocking; finished and answered once, or closed with its owner unanswered.
+void showPanel(QFileDialog* dialog, QObject* owner, std::function<void(QFileDialog*)> accepted,
+               std::function<void()> cancelled) {
+    // Top-level over the Qt Quick window, and modal to the whole application.
+    dialog->setWindowModality(Qt::ApplicationModal);
+    QObject::connect(owner, &QObject::destroyed, dialog, [dialog, owner] {
+        // The owner is on its way out but still connected: cut the answer off first.
+        QObject::disconnect(dialog, &QDialog::finished, owner, nullptr);
+        dialog->close();
+        dialog->deleteLater();
+    });
+    QObject::connect(dialog, &QDialog::finished, owner, [dialog, accepted, cancelled](int result) {
+        if (result == QDialog::Accepted)
+            accepted(dialog);
+        else
+            cancelled();
+    });
+    QObject::connect(dialog, &QDialog::finished, dialog, &QObject::deleteLater);
+    dialog->open();
+}
+
 } // namespace
 
 Panels::Panels(QObject* parent) : QObject(parent) {}
 
-std::optional<QList<QUrl>> Panels::runOpenPanel(const OpenPanelOptions& options) {
-    if (!canShowDialogs())
-        return std::nullopt;
+void Panels::openPanel(const OpenPanelOptions& options, QObject* owner, OpenAnswer answered) {
+    if (!canShowDialogs()) {
+        answered(std::nullopt);
+        return;
+    }
     const bool both = options.canChooseFiles && options.canChooseDirectories;
-    std::unique_ptr<QFileDialog> dialog =
-        both ? std::make_unique<FilesAndFoldersDialog>() : std::make_unique<QFileDialog>();
+    QFileDialog* dialog = both ? new FilesAndFoldersDialog : new QFileDialog;
     dialog->setWindowTitle(options.message.isEmpty() ? options.prompt : options.message);
     dialog->setLabelText(QFileDialog::Accept, options.prompt);
     dialog->setAcceptMode(QFileDialog::AcceptOpen);
@@ -59,37 +81,41 @@ std::optional<QList<QUrl>> Panels::runOpenPanel(const OpenPanelOptions& options)
         dialog->setFileMode(options.allowsMultipleSelection ? QFileDialog::ExistingFiles
                                                             : QFileDialog::ExistingFile);
     }
-    // Top-level over the Qt Quick window, and modal to the whole application.
-    dialog->setWindowModality(Qt::ApplicationModal);
-    if (dialog->exec() != QDialog::Accepted)
-        return std::nullopt;
-    QList<QUrl> urls;
-    for (const QString& path : dialog->selectedFiles())
-        urls.append(QUrl::fromLocalFile(path));
-    if (urls.isEmpty())
-        return std::nullopt;
-    return urls;
+    showPanel(
+        dialog, owner,
+        [answered](QFileDialog* done) {
+            QList<QUrl> urls;
+            for (const QString& path : done->selectedFiles())
+                urls.append(QUrl::fromLocalFile(path));
+            answered(urls.isEmpty() ? std::nullopt : std::optional(urls));
+        },
+        [answered] { answered(std::nullopt); });
 }
 
-std::optional<QUrl> Panels::runSavePanel(const SavePanelOptions& options) {
-    if (!canShowDialogs())
-        return std::nullopt;
-    QFileDialog dialog;
-    dialog.setWindowTitle(options.title);
-    dialog.setLabelText(QFileDialog::Accept, options.prompt);
-    dialog.setAcceptMode(QFileDialog::AcceptSave);
-    dialog.setFileMode(QFileDialog::AnyFile);
-    dialog.setDirectory(QDir::homePath());
-    if (!options.allowedContentTypes.isEmpty()) {
-        dialog.setMimeTypeFilters(options.allowedContentTypes);
-        const QMimeType type = QMimeDatabase().mimeTypeForName(options.allowedContentTypes.first());
-        dialog.setDefaultSuffix(type.preferredSuffix());
+void Panels::savePanel(const SavePanelOptions& options, QObject* owner, SaveAnswer answered) {
+    if (!canShowDialogs()) {
+        answered(std::nullopt);
+        return;
     }
-    dialog.selectFile(options.nameFieldStringValue);
-    dialog.setWindowModality(Qt::ApplicationModal);
-    if (dialog.exec() != QDialog::Accepted || dialog.selectedUrls().isEmpty())
-        return std::nullopt;
-    return dialog.selectedUrls().first();
+    auto* dialog = new QFileDialog;
+    dialog->setWindowTitle(options.title);
+    dialog->setLabelText(QFileDialog::Accept, options.prompt);
+    dialog->setAcceptMode(QFileDialog::AcceptSave);
+    dialog->setFileMode(QFileDialog::AnyFile);
+    dialog->setDirectory(QDir::homePath());
+    if (!options.allowedContentTypes.isEmpty()) {
+        dialog->setMimeTypeFilters(options.allowedContentTypes);
+        const QMimeType type = QMimeDatabase().mimeTypeForName(options.allowedContentTypes.first());
+        dialog->setDefaultSuffix(type.preferredSuffix());
+    }
+    dialog->selectFile(options.nameFieldStringValue);
+    showPanel(
+        dialog, owner,
+        [answered](QFileDialog* done) {
+            const QList<QUrl> urls = done->selectedUrls();
+            answered(urls.isEmpty() ? std::nullopt : std::optional(urls.first()));
+        },
+        [answered] { answered(std::nullopt); });
 }
 
 } // namespace platform

@@ -6,6 +6,7 @@
 #include <QStringList>
 #include <QUrl>
 
+#include <functional>
 #include <optional>
 
 namespace platform {
@@ -30,19 +31,23 @@ struct SavePanelOptions {
     bool operator==(const SavePanelOptions&) const = default;
 };
 
-// The desktop's file pickers, modal: each call returns once the user has chosen or
-// cancelled. Native through the desktop's own dialogs where the platform theme offers them
-// (the desktop portal, KDE, GTK). Tests put their own in its place.
+// The desktop's file pickers, native through the desktop's own dialogs where the platform
+// theme offers them (the desktop portal, KDE, GTK). Each opens and returns at once, with no
+// event loop of its own; the answer comes later, nothing when cancelled. A panel lives no
+// longer than its `owner`: when the owner goes (its screen is replaced as the vault locks),
+// the panel closes and a choice made in it is dropped. Tests put their own in its place.
 class Panels : public QObject {
     Q_OBJECT
 
 public:
     explicit Panels(QObject* parent = nullptr);
 
-    // The chosen files or folders in the order given, or none when cancelled.
-    virtual std::optional<QList<QUrl>> runOpenPanel(const OpenPanelOptions& options);
-    // The chosen destination, or none when cancelled.
-    virtual std::optional<QUrl> runSavePanel(const SavePanelOptions& options);
+    // The chosen files or folders in the order given.
+    using OpenAnswer = std::function<void(const std::optional<QList<QUrl>>& chosen)>;
+    virtual void openPanel(const OpenPanelOptions& options, QObject* owner, OpenAnswer answered);
+    // The chosen destination.
+    using SaveAnswer = std::function<void(const std::optional<QUrl>& chosen)>;
+    virtual void savePanel(const SavePanelOptions& options, QObject* owner, SaveAnswer answered);
 };
 
 } // namespace platform

@@ -49,6 +49,29 @@ void pick(QFileDialog* dialog, const QString& path) {
         qWarning("Could not pick %s", qPrintable(path));
 }
 
+// A panel's answer, waited for while the event loop runs (as the window's would).
+template <typename Answer, typename Options, typename Open>
+std::optional<Answer> answerOf(const Options& options, Open open) {
+    QObject owner;
+    bool answered = false;
+    std::optional<Answer> answer;
+    open(options, &owner, [&](const std::optional<Answer>& chosen) {
+        answer = chosen;
+        answered = true;
+    });
+    if (!QTest::qWaitFor([&] { return answered; }, 20000))
+        qWarning("The panel never answered");
+    return answer;
+}
+
+std::optional<QList<QUrl>> openAnswer(platform::Panels& panels, const platform::OpenPanelOptions& options) {
+    return answerOf<QList<QUrl>>(options, [&](auto... args) { panels.openPanel(args...); });
+}
+
+std::optional<QUrl> saveAnswer(platform::Panels& panels, const platform::SavePanelOptions& options) {
+    return answerOf<QUrl>(options, [&](auto... args) { panels.savePanel(args...); });
+}
+
 int inkedPixels(const QIcon& icon) {
     QImage image(24, 24, QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
@@ -82,7 +105,7 @@ private slots:
             pick(dialog, dir.filePath("Photos"));
             QMetaObject::invokeMethod(dialog, "accept");
         });
-        const auto chosen = panels.runOpenPanel({.canChooseFiles = true,
+        const auto chosen = openAnswer(panels, {.canChooseFiles = true,
                                                  .canChooseDirectories = true,
                                                  .allowsMultipleSelection = true,
                                                  .prompt = "Add to Vault",
@@ -96,7 +119,7 @@ private slots:
             pick(dialog, dir.filePath("a.txt"));
             QMetaObject::invokeMethod(dialog, "accept");
         });
-        QCOMPARE(panels.runOpenPanel({true, true, true, "Add to Vault", {}}),
+        QCOMPARE(openAnswer(panels, {true, true, true, "Add to Vault", {}}),
                  QList<QUrl>({QUrl::fromLocalFile(dir.filePath("a.txt"))}));
     }
 
@@ -107,12 +130,26 @@ private slots:
             title = dialog->windowTitle();
             dialog->reject();
         });
-        QCOMPARE(panels.runOpenPanel(
+        QCOMPARE(openAnswer(panels, 
                      {false, true, false, "Move Here", "Choose destination outside the vault."}),
                  std::nullopt);
         QCOMPARE(title, "Choose destination outside the vault.");
         whenDialogShows([](QFileDialog* dialog) { dialog->reject(); });
-        QCOMPARE(panels.runSavePanel({"Back Up Vault", "Back Up", {}, "x.7z", {}}), std::nullopt);
+        QCOMPARE(saveAnswer(panels, {"Back Up Vault", "Back Up", {}, "x.7z", {}}), std::nullopt);
+    }
+
+    // A lock replaces the screen that asked: its panel closes, and nothing chosen arrives.
+    void aPanelGoesWithItsOwner() {
+        platform::Panels panels;
+        auto owner = std::make_unique<QObject>();
+        bool answered = false;
+        panels.savePanel({"Back Up Vault", "Back Up", {}, "x.7z", {}}, owner.get(),
+                         [&](const std::optional<QUrl>&) { answered = true; });
+        QTRY_VERIFY(qobject_cast<QFileDialog*>(QApplication::activeModalWidget()));
+        owner.reset();
+        QTRY_VERIFY(!QApplication::activeModalWidget());
+        QTest::qWait(50);
+        QVERIFY(!answered);
     }
 
     void savePanelProposesTheNameAndType() {
@@ -129,7 +166,7 @@ private slots:
             QMetaObject::invokeMethod(dialog, "accept");
         });
         const auto destination =
-            panels.runSavePanel({.title = "Back Up Vault",
+            saveAnswer(panels, {.title = "Back Up Vault",
                                  .prompt = "Back Up",
                                  .message = "Save an encrypted backup of your vault.",
                                  .nameFieldStringValue = "MorvantaVault-Backup.7z",

@@ -4,12 +4,14 @@
 #include "platform/Workspace.h"
 
 #include <QList>
+#include <QTimer>
 #include <QUrl>
 
 #include <optional>
 
 // Answers the file pickers for the user: each panel takes the next answer of its queue (a
-// cancel once the queue is empty) and records what it was asked with.
+// cancel once the queue is empty), a moment later as a real one would, unless its owner has
+// gone; and records what it was asked with.
 class ScriptedPanels : public platform::Panels {
 public:
     QList<std::optional<QList<QUrl>>> openAnswers;
@@ -17,13 +19,15 @@ public:
     QList<platform::OpenPanelOptions> openRequests;
     QList<platform::SavePanelOptions> saveRequests;
 
-    std::optional<QList<QUrl>> runOpenPanel(const platform::OpenPanelOptions& options) override {
+    void openPanel(const platform::OpenPanelOptions& options, QObject* owner, OpenAnswer answered) override {
         openRequests.append(options);
-        return openAnswers.isEmpty() ? std::nullopt : openAnswers.takeFirst();
+        const auto answer = openAnswers.isEmpty() ? std::nullopt : openAnswers.takeFirst();
+        QTimer::singleShot(0, owner, [answer, answered] { answered(answer); });
     }
-    std::optional<QUrl> runSavePanel(const platform::SavePanelOptions& options) override {
+    void savePanel(const platform::SavePanelOptions& options, QObject* owner, SaveAnswer answered) override {
         saveRequests.append(options);
-        return saveAnswers.isEmpty() ? std::nullopt : saveAnswers.takeFirst();
+        const auto answer = saveAnswers.isEmpty() ? std::nullopt : saveAnswers.takeFirst();
+        QTimer::singleShot(0, owner, [answer, answered] { answered(answer); });
     }
 };
 
