@@ -3,6 +3,7 @@
 
 #include "ToolSupport.h"
 #include "VaultManager.h"
+#include "platform/Process.h"
 
 namespace {
 
@@ -104,12 +105,17 @@ void VaultManager::backupVault(const QUrl& destination) {
     // A mount that has vanished leaves a plain, empty folder: its archive would replace the
     // last good backup with nothing.
     requireMounted();
+    // The one tool run that a cancel or a lock stops: the tool then removes its unfinished
+    // archive, and the previous backup stays as it was.
+    const platform::StopWhen stop(&m_cancelRequested);
     const HDIUtilResult result = runTool(
         {QStringLiteral("create"), QStringLiteral("-encryption"), QStringLiteral("AES-256"),
          QStringLiteral("-stdinpass"), QStringLiteral("-srcfolder"), m_mountPoint.toLocalFile(),
          QStringLiteral("-volname"), kVolumeName, QStringLiteral("-format"),
          QStringLiteral("UDZO"), QStringLiteral("-ov"), destination.toLocalFile()},
         *m_unlockedPassword);
+    if (m_cancelRequested)
+        throw VaultError::ioFailed(kCancelledText);
     // A failed backup is an I/O failure, not a failed create.
     if (result.status != 0)
         throw VaultError::ioFailed(failureMessage(result));

@@ -102,11 +102,24 @@ void writeAllIgnoringPipe(int fd, std::string_view bytes) {
     pthread_sigmask(SIG_SETMASK, &oldSet, nullptr);
 }
 
+thread_local const std::atomic<bool>* t_stop = nullptr;
+
 int waitForExit(pid_t pid) {
     int raw = 0;
-    while (::waitpid(pid, &raw, 0) < 0) {
-        if (errno != EINTR)
+    bool asked = false;
+    for (;;) {
+        const pid_t done = ::waitpid(pid, &raw, t_stop ? WNOHANG : 0);
+        if (done == pid)
+            break;
+        if (done < 0 && errno != EINTR)
             return -1;
+        if (done == 0) {
+            if (!asked && t_stop->load()) {
+                ::kill(pid, SIGTERM);
+                asked = true;
+            }
+            ::usleep(5000);
+        }
     }
     if (WIFEXITED(raw))
         return WEXITSTATUS(raw);
@@ -116,6 +129,10 @@ int waitForExit(pid_t pid) {
 }
 
 } // namespace
+
+StopWhen::StopWhen(const std::atomic<bool>* stop) : m_previous(t_stop) { t_stop = stop; }
+
+StopWhen::~StopWhen() { t_stop = m_previous; }
 
 ProcessResult runProcess(const std::string& program, const std::vector<std::string>& args,
                          std::optional<std::string_view> stdinBytes, OutputCapture capture,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -32,6 +33,20 @@ ProcessResult runProcess(const std::string& program, const std::vector<std::stri
                          std::optional<std::string_view> stdinBytes,
                          OutputCapture capture = OutputCapture::Pipes,
                          const std::string& workingDirectory = {});
+
+// While one lives, a process that runProcess runs on this thread is asked to stop (SIGTERM)
+// as soon as `*stop` turns true, and runProcess returns once it has. For work that may be
+// cancelled: elsewhere a child runs to its end.
+class StopWhen {
+public:
+    explicit StopWhen(const std::atomic<bool>* stop);
+    ~StopWhen();
+    StopWhen(const StopWhen&) = delete;
+    StopWhen& operator=(const StopWhen&) = delete;
+
+private:
+    const std::atomic<bool>* m_previous;
+};
 
 // Overwrites a buffer that held a secret before it is released.
 void wipe(std::string& secret);

@@ -3,7 +3,9 @@
 #include "Mounts.h"
 #include "ToolSteps.h"
 
+#include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <sys/stat.h>
@@ -14,6 +16,22 @@ namespace fs = std::filesystem;
 namespace hdiutil {
 
 namespace {
+
+// Asked to stop (the app cancelled the backup, or the session is ending): 7z is stopped and
+// the unfinished archive removed on the way out, so nothing half-written stays beside the
+// destination and the previous backup is untouched.
+std::atomic<bool> g_stopRequested = false;
+
+void requestStop(int) { g_stopRequested = true; }
+
+void stopOnTermination() {
+    struct sigaction action {};
+    action.sa_handler = requestStop;
+    sigemptyset(&action.sa_mask);
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP})
+        ::sigaction(signal, &action, nullptr);
+}
+
 
 // Only a vault this tool attached is copied. A plain folder where a mount used to be (the
 // mount vanished from outside) is empty or worse, and an archive of it put in place of the
@@ -58,6 +76,8 @@ std::string createCopy(const ToolCommand& command, const ToolConfig& config, int
     requireReplaceableDestination(destination, command.overwrite);
     const std::string sevenZip = findProgram("7z");
     const Secret password = readPassword(stdinFd);
+    stopOnTermination();
+    const platform::StopWhen stop(&g_stopRequested);
 
     std::string pattern = destination + ".partial-XXXXXX";
     const int fd = ::mkstemp(pattern.data());
@@ -74,6 +94,8 @@ std::string createCopy(const ToolCommand& command, const ToolConfig& config, int
     const platform::ProcessResult run = platform::runProcess(
         sevenZip, {"a", "-t7z", "-mhe=on", "-mx=1", "-bd", "-p", "-snl", "-y", partial.path(), "."},
         line.bytes(), platform::OutputCapture::MemoryFiles, source);
+    if (g_stopRequested)
+        throw Failure{"the backup was cancelled"};
     if (run.status != 0)
         throw Failure{"7z: " + reasonOf(run, "7z")};
 
@@ -84,6 +106,8 @@ std::string createCopy(const ToolCommand& command, const ToolConfig& config, int
         config.beforeVerifying(partial.path());
     const platform::ProcessResult check = platform::runProcess(
         sevenZip, {"t", "-bd", partial.path()}, line.bytes(), platform::OutputCapture::MemoryFiles);
+    if (g_stopRequested)
+        throw Failure{"the backup was cancelled"};
     if (check.status != 0)
         throw Failure{"the backup could not be read back: " + reasonOf(check, "7z t")};
     ::chmod(partial.path().c_str(), 0600);

@@ -8,6 +8,7 @@
 #include "support/Trees.h"
 #include "support/VaultTestCase.h"
 
+#include <QRandomGenerator>
 #include <QSemaphore>
 #include <QTest>
 #include <QTimer>
@@ -91,6 +92,27 @@ private slots:
         QCOMPARE(readFile(home("film.mkv")), QByteArray(24 << 20, 'f'));
         QCOMPARE(vaultEntries(), QStringList());
         QVERIFY(!m_vault->restoreFolder(url(inVault("film.mkv"))));
+    }
+
+    void aLockStopsABackupAndKeepsThePreviousOne() {
+        QByteArray noise(150 << 20, Qt::Uninitialized); // incompressible: 7z takes a while
+        QRandomGenerator(7).fillRange(reinterpret_cast<quint32*>(noise.data()), noise.size() / 4);
+        QVERIFY(writeFile(inVault("film.mkv"), noise));
+        QVERIFY(writeFile(home("backup.7z"), "the previous backup"));
+        m_vault->runInBackground([this](VaultManager& vault) { vault.backupVault(url(home("backup.7z"))); },
+                                 [this](const std::optional<VaultError>& error) { m_result = error; });
+        const auto partials = [this] {
+            return QDir(home()).entryInfoList({"backup.7z.partial-*"}, QDir::Files | QDir::Hidden);
+        };
+        QTRY_VERIFY(!partials().isEmpty() && partials().first().size() > 0); // 7z is writing
+
+        m_vault->lock();
+        QVERIFY(!m_vault->isUnlocked());
+        QTRY_VERIFY(m_result.has_value());
+        QVERIFY(*m_result && VaultManager::wasCancelled(**m_result));
+        QCOMPARE(readFile(home("backup.7z")), "the previous backup");
+        QCOMPARE(partials(), QFileInfoList());
+        QVERIFY(testsupport::processesHolding("backup.7z.partial-").isEmpty());
     }
 };
 
