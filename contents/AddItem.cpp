@@ -115,6 +115,8 @@ void VaultManager::removeOriginal(const QUrl& url, const platform::TreeSurvey& s
         m_files->remove(path, survey, false);
     const bool elevated = platform::removableLeft(path, survey);
     if (elevated) {
+        // A lock while the prompt waits dismisses it: the add is then undone below.
+        const platform::StopWhen stop(&m_cancelRequested);
         const CommandRunner& run = m_elevationRunner ? m_elevationRunner : CommandRunner(runCommand);
         run(elevatedRemovalCommand(source), QByteArray::fromStdString(platform::encodeSurvey(survey)));
     }

@@ -3,6 +3,7 @@
 // every byte where it was. A file layer that holds the copy after its first chunk until the
 // test lets it go makes each moment certain, without timing.
 
+#include "platform/Process.h"
 #include "support/Errors.h"
 #include "support/GatedFileLayer.h"
 #include "support/Trees.h"
@@ -92,6 +93,31 @@ private slots:
         QCOMPARE(readFile(home("film.mkv")), QByteArray(24 << 20, 'f'));
         QCOMPARE(vaultEntries(), QStringList());
         QVERIFY(!m_vault->restoreFolder(url(inVault("film.mkv"))));
+    }
+
+    void aLockDismissesAWaitingAdministratorPrompt() {
+        if (::geteuid() != 0)
+            QSKIP("needs root to mount a read-only folder");
+        testsupport::ScopedTmpfs protectedFolder(home("Protected"));
+        QVERIFY(protectedFolder.mounted());
+        QVERIFY(writeFile(home("Protected/app.bin"), "binary"));
+        QVERIFY(protectedFolder.setReadOnly(true));
+        QSemaphore prompted;
+        // The prompt waits for an answer, as pkexec's would.
+        m_vault->setElevationRunner([&](const QStringList&, const QByteArray&) {
+            prompted.release();
+            return platform::runProcess("/bin/sleep", {"60"}, std::nullopt).status;
+        });
+        m_vault->runInBackground([this](VaultManager& vault) { vault.addItem(url(home("Protected/app.bin"))); },
+                                 [this](const std::optional<VaultError>& error) { m_result = error; });
+        QTRY_VERIFY(prompted.available() > 0);
+
+        m_vault->lock();
+        QTRY_VERIFY(m_result.has_value());
+        QVERIFY(*m_result && m_result->value().kind() == VaultError::Case::cannotRemoveSource);
+        QCOMPARE(readFile(home("Protected/app.bin")), "binary");
+        m_vault->unlock("pw");
+        QCOMPARE(vaultEntries(), QStringList());
     }
 
     void aLockStopsABackupAndKeepsThePreviousOne() {
