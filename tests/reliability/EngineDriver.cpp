@@ -5,10 +5,13 @@
 //                                           N-th file operation (0 = the first), or just
 //                                           after the original's removal when N is past it
 //   engine-driver SUPPORT rename NAME       rename NAME to "renamed" and back, over and over
+//   engine-driver SUPPORT add-slowly PATH   add PATH off the main thread, slowly, quitting on
+//                                           SIGTERM as the app does; "copying" once under way
 // It prints "ready" once unlocked, then "done" when the job is over.
 
 #include "engine/VaultManager.h"
 #include "support/FuseHarness.h"
+#include "platform/QuitSignals.h"
 #include "support/RecordingFileLayer.h"
 
 #include <QCoreApplication>
@@ -16,6 +19,29 @@
 
 #include <csignal>
 #include <cstdio>
+
+namespace {
+
+// Copies a chunk every 20 ms, and says when the first is done.
+class SlowFiles : public platform::FileLayer {
+public:
+    platform::FileError copy(const std::string& from, const std::string& to, const platform::TreeSurvey& survey,
+                             const platform::CopyObserver& observer) override {
+        return FileLayer::copy(from, to, survey, [&](std::int64_t bytes, std::int64_t entries) {
+            if (std::exchange(m_first, false)) {
+                std::puts("copying");
+                std::fflush(stdout);
+            }
+            QThread::msleep(20);
+            return observer(bytes, entries);
+        });
+    }
+
+private:
+    bool m_first = true;
+};
+
+} // namespace
 
 int main(int argc, char** argv) {
     QCoreApplication app(argc, argv);
@@ -44,6 +70,13 @@ int main(int argc, char** argv) {
             vault.setFileLayer(files);
         }
         vault.addItem(QUrl::fromLocalFile(args[3]));
+    } else if (args[2] == "add-slowly") {
+        // The app's own wiring: a termination signal quits, and quitting locks.
+        platform::quitApplicationOnTerminationSignals();
+        QObject::connect(&app, &QCoreApplication::aboutToQuit, &vault, &VaultManager::lockIfUnlocked);
+        vault.setFileLayer(std::make_shared<SlowFiles>());
+        vault.runInBackground([url = QUrl::fromLocalFile(args[3])](VaultManager& v) { v.addItem(url); }, {});
+        return app.exec();
     } else if (args[2] == "rename") {
         for (int i = 0;; ++i) {
             const bool there = i % 2 == 0;

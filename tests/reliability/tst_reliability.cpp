@@ -291,6 +291,27 @@ private slots:
         }
     }
 
+    void aTerminationSignalDuringAnAddLocksAndLosesNothing() {
+        newUnlockedVault()->lock();
+        QVERIFY(writeFile(home("film.mkv"), QByteArray(16 << 20, 'f')));
+        auto driver = startDriver({"add-slowly", home("film.mkv")});
+        QVERIFY(driver);
+        QVERIFY(driver->waitForReadyRead(10000));
+        QCOMPARE(driver->readLine().trimmed(), "copying");
+        ::kill(pid_t(driver->processId()), SIGTERM);
+        QVERIFY(driver->waitForFinished(10000));
+        QCOMPARE(driver->exitStatus(), QProcess::NormalExit);
+        // Locked on the way out, with the add rolled back.
+        QVERIFY(testsupport::mountsBelow(m_runtime->path()).isEmpty());
+        QCOMPARE(readFile(home("film.mkv")), QByteArray(16 << 20, 'f'));
+        auto restarted = startApp();
+        restarted->unlock("pw");
+        QVERIFY(restarted->items().isEmpty());
+        QCOMPARE(QDir(root(*restarted)).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden),
+                 QStringList());
+        restarted->lock();
+    }
+
     void theAppKilledAtEveryStepOfAnAddLosesNothing() {
         // Before every file operation of an add, and once more after the original's removal.
         for (int step = 0; step <= 8; ++step) {
