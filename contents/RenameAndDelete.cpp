@@ -59,8 +59,12 @@ void VaultManager::deleteItem(const QUrl& url) {
     const QString path = QDir::cleanPath(url.toLocalFile());
     if (QDir::cleanPath(QFileInfo(path).path()) != QDir::cleanPath(vaultRoot()))
         throw VaultError::ioFailed(QStringLiteral("Item is not inside the vault."));
-    if (const platform::FileError error = m_files->erase(local(path)))
+    // A lock stops a large deletion part-way: what is left stays listed, and can be deleted
+    // again.
+    if (const platform::FileError error = m_files->erase(local(path), &m_cancelRequested)) {
+        refreshItems();
         throw VaultError::ioFailed(QString::fromStdString(*error));
+    }
     setOrigin(std::nullopt, url.fileName());
     refreshItems();
 }

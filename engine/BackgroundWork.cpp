@@ -34,7 +34,10 @@ void VaultManager::runInBackground(Work work, WorkDone done) {
     });
 }
 
-void VaultManager::cancelWork() { m_cancelRequested = true; }
+void VaultManager::cancelWork() {
+    if (m_isWorking)
+        m_cancelRequested = true;
+}
 
 bool VaultManager::wasCancelled(const VaultError& error) {
     return error.kind() == VaultError::Case::ioFailed && error.payload() == kCancelledText;
@@ -46,6 +49,7 @@ void VaultManager::finishBackgroundWork(bool cancel) {
     if (cancel)
         m_cancelRequested = true;
     m_worker.join();
+    m_cancelRequested = false;
     // What the work published, and its end, are waiting in the queue: they go first, in
     // order, so that nothing published later is overtaken by them.
     QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);

@@ -44,6 +44,8 @@ FileError FileLayer::remove(const std::string& root, const TreeSurvey& survey, b
     return removeSurveyed(root, survey, makeWritable);
 }
 
-FileError FileLayer::erase(const std::string& path) { return removeTree(path); }
+FileError FileLayer::erase(const std::string& path, const std::atomic<bool>* stop) {
+    return removeTree(path, stop);
+}
 
 } // namespace platform

@@ -23,8 +23,8 @@ public:
     virtual FileError rename(const std::string& from, const std::string& to);
     // Removes what the survey saw and is unchanged (see removeSurveyed).
     virtual FileError remove(const std::string& root, const TreeSurvey& survey, bool makeWritable);
-    // Removes one of the app's own copies whole.
-    virtual FileError erase(const std::string& path);
+    // Removes one of the app's own copies whole (see removeTree).
+    virtual FileError erase(const std::string& path, const std::atomic<bool>* stop = nullptr);
 };
 
 } // namespace platform

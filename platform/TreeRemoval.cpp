@@ -85,7 +85,9 @@ bool untouched(const std::string& root, const TreeSurvey& survey) {
     return true;
 }
 
-FileError removeTree(const std::string& path) {
+FileError removeTree(const std::string& path, const std::atomic<bool>* stop) {
+    if (stop && stop->load())
+        return kCancelled;
     struct stat info {};
     if (::lstat(path.c_str(), &info) != 0)
         return errno == ENOENT ? FileError() : failure("remove", path, errno);
@@ -105,7 +107,7 @@ FileError removeTree(const std::string& path) {
         }
         ::closedir(dir);
         for (const std::string& name : names) {
-            FileError error = removeTree(path + "/" + name);
+            FileError error = removeTree(path + "/" + name, stop);
             if (error && !first)
                 first = error;
         }

@@ -2,6 +2,7 @@
 
 #include "TreeCopy.h"
 
+#include <atomic>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,8 +23,9 @@ bool removableLeft(const std::string& root, const TreeSurvey& survey);
 bool untouched(const std::string& root, const TreeSurvey& survey);
 
 // Removes `path` and everything below it, opening up read-only folders first. For the app's
-// own copies only: staging leftovers and items deleted from the vault.
-FileError removeTree(const std::string& path);
+// own copies only: staging leftovers and items deleted from the vault. Stops with kCancelled,
+// part done, once `*stop` turns true.
+FileError removeTree(const std::string& path, const std::atomic<bool>* stop = nullptr);
 
 // A survey as bytes, for handing it to the administrator's removal helper on a pipe.
 std::string encodeSurvey(const TreeSurvey& survey);

@@ -1,0 +1,132 @@
+// How the window's thread fares while the vault works: a timer that should tick every 16 ms
+// records its worst gap during each long operation, beside the operation's own time; and
+// how long a lock takes, from the request to the vault unmounted, when it arrives while the
+// operation is under way.
+//   bench_responsiveness [big file MiB] [backup MB] [small files]
+
+#include "engine/VaultManager.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include <cstdio>
+
+namespace {
+
+void writeNoise(const QString& path, qint64 bytes) {
+    QByteArray block(1 << 20, Qt::Uninitialized);
+    QFile file(path);
+    file.open(QIODevice::WriteOnly);
+    for (qint64 done = 0; done < bytes; done += block.size()) {
+        QRandomGenerator::global()->fillRange(reinterpret_cast<quint32*>(block.data()), block.size() / 4);
+        file.write(block.constData(), std::min<qint64>(block.size(), bytes - done));
+    }
+}
+
+void writeSmallFiles(const QString& folder, int count) {
+    for (int i = 0; i < count; ++i) {
+        const QString sub = folder + QStringLiteral("/%1").arg(i / 1000);
+        if (i % 1000 == 0)
+            QDir().mkpath(sub);
+        QFile file(sub + QStringLiteral("/f%1").arg(i));
+        file.open(QIODevice::WriteOnly);
+        file.write(QByteArray(4096, char(i)));
+    }
+}
+
+struct Measured {
+    double operationMs = 0;
+    double worstGapMs = 0;
+};
+
+// Runs `work` off the window's thread and waits for it, while a 16 ms timer keeps time.
+Measured measure(VaultManager& vault, const VaultManager::Work& work) {
+    QElapsedTimer clock, total;
+    double worst = 0;
+    QTimer ticker;
+    ticker.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&ticker, &QTimer::timeout, [&] {
+        worst = std::max(worst, double(clock.nsecsElapsed()) / 1e6 - 16.0);
+        clock.restart();
+    });
+    bool finished = false;
+    total.start();
+    clock.start();
+    ticker.start(16);
+    vault.runInBackground(work, [&](const std::optional<VaultError>& error) {
+        if (error)
+            qFatal("%s", qPrintable(error->errorDescription()));
+        finished = true;
+    });
+    while (!finished)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    return {double(total.nsecsElapsed()) / 1e6, std::max(0.0, worst)};
+}
+
+// Starts `work`, lets it run for a while, then locks: the time lock() takes.
+double lockDuring(VaultManager& vault, const VaultManager::Work& work) {
+    vault.runInBackground(work, {});
+    QElapsedTimer wait;
+    wait.start();
+    while (wait.elapsed() < 300)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+    QElapsedTimer timer;
+    timer.start();
+    vault.lock();
+    const double ms = double(timer.nsecsElapsed()) / 1e6;
+    vault.unlock(QStringLiteral("bench"));
+    return ms;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    QCoreApplication app(argc, argv);
+    const int bigMiB = argc > 1 ? QString(argv[1]).toInt() : 1024;
+    const int backupMB = argc > 2 ? QString(argv[2]).toInt() : 500;
+    const int smallCount = argc > 3 ? QString(argv[3]).toInt() : 20000;
+
+    QTemporaryDir runtime, support, outside;
+    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtime.path()));
+    VaultManager vault(support.path());
+    vault.setIdleTimeoutSeconds(0);
+    vault.createVault(QStringLiteral("bench"));
+    vault.unlock(QStringLiteral("bench"));
+    const auto root = [&vault] { return vault.mountPoint().toLocalFile(); };
+    const QUrl big = QUrl::fromLocalFile(outside.filePath("big.bin"));
+    const QString backup = outside.filePath("backup.7z");
+
+    writeNoise(outside.filePath("big.bin"), qint64(bigMiB) << 20);
+    const Measured add = measure(vault, [&](VaultManager& v) { v.addItem(big); });
+    writeNoise(root() + "/noise.bin", qint64(backupMB) * 1000 * 1000 - (qint64(bigMiB) << 20));
+    const Measured backupRun = measure(vault, [&](VaultManager& v) { v.backupVault(QUrl::fromLocalFile(backup)); });
+    writeSmallFiles(root() + "/small", smallCount);
+    const Measured erase =
+        measure(vault, [&](VaultManager& v) { v.deleteItem(QUrl::fromLocalFile(root() + "/small")); });
+
+    vault.restoreItem(QUrl::fromLocalFile(root() + "/big.bin"));
+    const double lockAdd = lockDuring(vault, [&](VaultManager& v) { v.addItem(big); });
+    const double lockBackup =
+        lockDuring(vault, [&](VaultManager& v) { v.backupVault(QUrl::fromLocalFile(backup)); });
+    writeSmallFiles(root() + "/small", smallCount);
+    const double lockErase =
+        lockDuring(vault, [&](VaultManager& v) { v.deleteItem(QUrl::fromLocalFile(root() + "/small")); });
+
+    std::printf("\nThe window's thread while the vault works (goal: worst gap under 50 ms, lock under 1 s)\n\n");
+    std::printf("| %-32s | %14s | %14s | %14s |\n", "operation", "operation ms", "worst gap ms", "lock during, ms");
+    std::printf("|%s|%s|%s|%s|\n", "----------------------------------", "----------------", "----------------",
+                "----------------");
+    const auto row = [](const QString& name, const Measured& m, double lock) {
+        std::printf("| %-32s | %14.1f | %14.1f | %14.1f |\n", qPrintable(name), m.operationMs, m.worstGapMs, lock);
+    };
+    row(QStringLiteral("add %1 MiB file").arg(bigMiB), add, lockAdd);
+    row(QStringLiteral("backup of %1 MB").arg(backupMB), backupRun, lockBackup);
+    row(QStringLiteral("delete %1 small files").arg(smallCount), erase, lockErase);
+    vault.lock();
+    return 0;
+}
