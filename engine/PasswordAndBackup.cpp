@@ -108,6 +108,8 @@ void VaultManager::backupVault(const QUrl& destination) {
     // The one tool run that a cancel or a lock stops: the tool then removes its unfinished
     // archive, and the previous backup stays as it was.
     const platform::StopWhen stop(&m_cancelRequested);
+    // How far 7-Zip has got is not known here: the strip shows the backup's name, and Cancel.
+    setProgress({destination.fileName(), 0, 0, 0, 0});
     const HDIUtilResult result = runTool(
         {QStringLiteral("create"), QStringLiteral("-encryption"), QStringLiteral("AES-256"),
          QStringLiteral("-stdinpass"), QStringLiteral("-srcfolder"), m_mountPoint.toLocalFile(),
