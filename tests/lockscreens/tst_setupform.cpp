@@ -178,10 +178,9 @@ private slots:
         form.setPassword(" pass word ");
         form.setConfirm(" pass word ");
         form.create();
-        // The busy state comes first; the tool runs only once the event loop turns.
+        // Busy at once; the tool runs on the engine's worker.
         QVERIFY(form.busy());
         QCOMPARE(form.buttonLabel(), "Creating...");
-        QVERIFY(tool.calls.isEmpty());
         QTRY_COMPARE(tool.calls.size(), 2);
         QCOMPARE(tool.calls[0].args.first(), "create");
         QCOMPARE(tool.calls[1].args.first(), "attach");
