@@ -6,6 +6,7 @@
 #include "BenchSupport.h"
 
 #include "engine/VaultManager.h"
+#include "platform/FileLayer.h"
 #include "platform/Process.h"
 
 #include <QCoreApplication>
@@ -15,6 +16,7 @@
 #include <QRandomGenerator>
 #include <QTemporaryDir>
 
+#include <array>
 #include <sys/stat.h>
 
 namespace {
@@ -67,13 +69,22 @@ void makeSparseFile(const QString& path, int gibibytes, int pieces) {
 // What the raw tools need to move `from` into `folder` with the same guarantee as Morvanta:
 // the copy on stable storage (and the image, when the copy went into the vault) before the
 // original goes.
-void moveByHand(const QString& from, const QString& folder, const QString& image) {
+// Times of the three steps by hand, for the phase table.
+using HandSteps = std::array<double, 3>;
+
+void moveByHand(const QString& from, const QString& folder, const QString& image, HandSteps* steps = nullptr) {
     const QString to = folder + '/' + QFileInfo(from).fileName();
-    run("/bin/cp", {"-a", "--sparse=always", from.toStdString(), folder.toStdString()});
-    run("/bin/sync", {"-f", to.toStdString()});
-    if (!image.isEmpty())
-        run("/bin/sync", {"-f", image.toStdString()});
-    run("/bin/rm", {"-rf", from.toStdString()});
+    HandSteps spent{};
+    spent[0] = bench::millisecondsOf(
+        [&] { run("/bin/cp", {"-a", "--sparse=always", from.toStdString(), folder.toStdString()}); });
+    spent[1] = bench::millisecondsOf([&] {
+        run("/bin/sync", {"-f", to.toStdString()});
+        if (!image.isEmpty())
+            run("/bin/sync", {"-f", image.toStdString()});
+    });
+    spent[2] = bench::millisecondsOf([&] { run("/bin/rm", {"-rf", from.toStdString()}); });
+    if (steps)
+        *steps = spent;
 }
 
 double mebibytes(qint64 bytes) { return double(bytes) / (1 << 20); }
@@ -87,6 +98,80 @@ qint64 diskUsage(const QString& folder) {
     const platform::ProcessResult result =
         platform::runProcess("/usr/bin/du", {"-sB1", folder.toStdString()}, std::nullopt);
     return QByteArray::fromStdString(result.out).split('\t').first().toLongLong();
+}
+
+// The real file operations, timed one by one: where a move's time goes.
+class PhaseClock : public platform::FileLayer {
+public:
+    enum Phase { Survey, Copy, Flush, Rename, Remove, Count };
+    static constexpr std::array<const char*, Count> kNames{"survey", "copy", "flush", "rename", "remove"};
+    std::array<double, Count> spent{};
+
+    platform::FileError survey(const std::string& path, platform::TreeSurvey& survey) override {
+        return timed(Survey, [&] { return FileLayer::survey(path, survey); });
+    }
+    platform::FileError copy(const std::string& from, const std::string& to, const platform::TreeSurvey& survey,
+                             const platform::CopyObserver& observer) override {
+        return timed(Copy, [&] { return FileLayer::copy(from, to, survey, observer); });
+    }
+    platform::FileError flush(const std::string& path) override {
+        return timed(Flush, [&] { return FileLayer::flush(path); });
+    }
+    platform::FileError rename(const std::string& from, const std::string& to) override {
+        return timed(Rename, [&] { return FileLayer::rename(from, to); });
+    }
+    platform::FileError remove(const std::string& root, const platform::TreeSurvey& survey,
+                               bool makeWritable) override {
+        return timed(Remove, [&] { return FileLayer::remove(root, survey, makeWritable); });
+    }
+
+private:
+    template <typename Step> platform::FileError timed(Phase phase, const Step& step) {
+        platform::FileError error;
+        spent[phase] += bench::millisecondsOf([&] { error = step(); });
+        return error;
+    }
+};
+
+// Morvanta's part of each row, phase by phase.
+struct Phases {
+    QString name;
+    std::array<QList<double>, PhaseClock::Count> spent;
+    QList<double> total;
+    std::array<QList<double>, 3> byHand; // cp, sync, rm
+};
+
+double timedPhases(PhaseClock& clock, Phases& phases, const std::function<void()>& step) {
+    clock.spent = {};
+    const double total = bench::millisecondsOf(step);
+    for (int i = 0; i < PhaseClock::Count; ++i)
+        phases.spent[i] << clock.spent[i];
+    phases.total << total;
+    return total;
+}
+
+void printPhases(const QList<Phases>& rows) {
+    std::printf("\nWhere the time goes (ms, medians): Morvanta's steps (\"other\" is checks and the origins file), then the steps by hand\n\n");
+    std::printf("| %-26s |", "operation");
+    for (const char* name : PhaseClock::kNames)
+        std::printf(" %8s |", name);
+    std::printf(" %8s | %8s | %8s | %8s |\n|----------------------------|", "other", "cp", "sync", "rm");
+    for (int i = 0; i <= PhaseClock::Count + 3; ++i)
+        std::printf("----------|");
+    std::printf("\n");
+    for (const Phases& row : rows) {
+        std::printf("| %-26s |", qPrintable(row.name));
+        double known = 0;
+        for (const QList<double>& spent : row.spent) {
+            known += bench::median(spent);
+            std::printf(" %8.1f |", bench::median(spent));
+        }
+        std::printf(" %8.1f |", std::max(0.0, bench::median(row.total) - known));
+        for (const QList<double>& spent : row.byHand)
+            std::printf(" %8.1f |", bench::median(spent));
+        std::printf("\n");
+    }
+    std::fflush(stdout);
 }
 
 } // namespace
@@ -105,6 +190,8 @@ int main(int argc, char** argv) {
     vault.createVault(QStringLiteral("bench"));
     vault.unlock(QStringLiteral("bench"));
     const QString mount = vault.mountPoint().toLocalFile();
+    const auto clock = std::make_shared<PhaseClock>();
+    vault.setFileLayer(clock);
     const QString image = vault.bundlePath();
     const qint64 emptyVault = diskUsage(image);
 
@@ -115,25 +202,33 @@ int main(int argc, char** argv) {
     qint64 sparseInVault = 0, sparseRestored = 0;
 
     QList<bench::Comparison> rows;
+    QList<Phases> phases;
     for (const QString& name : {QStringLiteral("big.bin"), QStringLiteral("small"), QStringLiteral("sparse.img")}) {
         const QString label = name == "big.bin" ? QStringLiteral("%1 MiB file").arg(bigMiB)
                             : name == "small"   ? QStringLiteral("%1 small files").arg(smallCount)
                                                 : QStringLiteral("%1 GiB sparse file").arg(sparseGiB);
         bench::Comparison add{"add " + label, {}, {}};
         bench::Comparison restore{"restore " + label, {}, {}};
+        Phases addPhases{add.name, {}, {}, {}}, restorePhases{restore.name, {}, {}, {}};
         const QString original = outside.filePath(name);
         const QString inVault = mount + '/' + name;
         for (int i = 0; i < runs; ++i) {
-            add.morvanta << bench::millisecondsOf([&] { vault.addItem(QUrl::fromLocalFile(original)); });
+            add.morvanta << timedPhases(*clock, addPhases, [&] { vault.addItem(QUrl::fromLocalFile(original)); });
             if (name == "sparse.img")
                 sparseInVault = std::max(sparseInVault, diskUsage(image));
-            restore.morvanta << bench::millisecondsOf([&] { vault.restoreItem(QUrl::fromLocalFile(inVault)); });
+            restore.morvanta << timedPhases(*clock, restorePhases, [&] { vault.restoreItem(QUrl::fromLocalFile(inVault)); });
             if (name == "sparse.img")
                 sparseRestored = std::max(sparseRestored, allocatedBytes(original));
-            add.raw << bench::millisecondsOf([&] { moveByHand(original, mount, image); });
-            restore.raw << bench::millisecondsOf([&] { moveByHand(inVault, outside.path(), {}); });
+            HandSteps steps;
+            add.raw << bench::millisecondsOf([&] { moveByHand(original, mount, image, &steps); });
+            for (int s = 0; s < 3; ++s)
+                addPhases.byHand[s] << steps[s];
+            restore.raw << bench::millisecondsOf([&] { moveByHand(inVault, outside.path(), {}, &steps); });
+            for (int s = 0; s < 3; ++s)
+                restorePhases.byHand[s] << steps[s];
         }
         rows << add << restore;
+        phases << addPhases << restorePhases;
     }
     bench::printTable(QStringLiteral("Adding and restoring, durably (Morvanta vs cp -a --sparse=always, "
                                      "sync -f, rm -rf)"),
@@ -142,7 +237,7 @@ int main(int argc, char** argv) {
                 "add %.1f MiB (%.1f MiB empty); the file restored from it %.1f MiB.\n",
                 sparseGiB, mebibytes(sparseAllocated), mebibytes(sparseInVault), mebibytes(emptyVault),
                 mebibytes(sparseRestored));
-    std::fflush(stdout);
+    printPhases(phases);
 
     // Listing: the whole vault (one folder of n small files, measured deep) against du -sb.
     QList<bench::Comparison> listing;
