@@ -362,9 +362,12 @@ FileError copySurveyed(const std::string& from, const std::string& to, const Tre
     Copier copier(observer);
     std::map<std::pair<std::uint64_t, std::uint64_t>, std::string> firstLink;
     std::vector<const TreeEntry*> folders;
+    FolderAhead ahead;
     for (const TreeEntry& entry : survey.entries) {
         const std::string source = joined(from, entry.relative);
         const std::string target = joined(to, entry.relative);
+        if (!entry.relative.empty())
+            ahead.enter(source.substr(0, source.rfind('/')));
         FileError error;
         if (entry.isFolder()) {
             if (::mkdir(target.c_str(), 0700) != 0)
