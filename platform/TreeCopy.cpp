@@ -10,6 +10,7 @@
 #include <map>
 #include <memory>
 #include <sys/stat.h>
+#include <sys/statfs.h>
 #include <sys/sysmacros.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -220,6 +221,7 @@ struct stat unknownTarget() {
 // request, so reading it in bigger pieces only stalls its read-ahead.
 constexpr std::size_t kChunk = 128 << 10;
 constexpr std::size_t kBlock = 4096;
+constexpr decltype(statfs::f_type) kFuseMagic = 0x65735546;
 
 bool allZero(const char* data, std::size_t size) {
     return size == 0 || (data[0] == 0 && std::memcmp(data, data + 1, size - 1) == 0);
@@ -253,7 +255,8 @@ off_t writeSparse(int out, const char* data, std::size_t size, off_t offset) {
 
 class Copier {
 public:
-    Copier(const CopyObserver& observer) : m_observer(observer), m_buffer(new char[kChunk]) {}
+    Copier(const CopyObserver& observer, bool directWrites)
+        : m_observer(observer), m_buffer(new char[kChunk]), m_directWrites(directWrites) {}
 
     FileError copyFile(const std::string& from, const std::string& to) {
         ScopedFd in(::open(from.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
@@ -268,6 +271,8 @@ public:
                             (info.st_mode & 0777) | S_IWUSR));
         if (out.get() < 0)
             return failure("copy", from, errno);
+        if (m_directWrites)
+            ::fcntl(out.get(), F_SETFL, O_DIRECT); // where it is refused, through the cache
         // Read now, while the attributes from creating it are fresh: on FUSE a write makes
         // them stale and a later look would cost a request.
         struct stat made {};
@@ -322,7 +327,13 @@ private:
                     return failure("read", from, errno);
                 if (n == 0) // the file shrank while it was read
                     return std::nullopt;
-                const off_t written = writeSparse(out, m_buffer.get(), std::size_t(n), at);
+                off_t written = writeSparse(out, m_buffer.get(), std::size_t(n), at);
+                if (written < 0 && errno == EINVAL && m_directWrites) {
+                    // A FUSE file system that takes the flag but not the writes.
+                    m_directWrites = false;
+                    ::fcntl(out, F_SETFL, 0);
+                    written = writeSparse(out, m_buffer.get(), std::size_t(n), at);
+                }
                 if (written < 0)
                     return failure("copy", from, errno);
                 if (written > 0)
@@ -338,6 +349,7 @@ private:
 
     const CopyObserver& m_observer;
     std::unique_ptr<char[]> m_buffer; // one for the whole copy, not one per file
+    bool m_directWrites;
     std::int64_t m_bytes = 0;
     std::int64_t m_entries = 0;
 };
@@ -359,7 +371,15 @@ FileError copyLink(const std::string& from, const std::string& to) {
 
 FileError copySurveyed(const std::string& from, const std::string& to, const TreeSurvey& survey,
                        const CopyObserver& observer) {
-    Copier copier(observer);
+    // Into a FUSE file system (the vault), written past the page cache: the data is not held
+    // twice in memory, as the files over FUSE and as the encrypted image below, and the next
+    // one to open a file does not first have to throw its cached pages away (FUSE does that
+    // on every open).
+    const std::size_t slash = to.rfind('/');
+    struct statfs target {};
+    const bool fuse = ::statfs(slash == std::string::npos ? "." : slash == 0 ? "/" : to.substr(0, slash).c_str(),
+                               &target) == 0 && target.f_type == kFuseMagic;
+    Copier copier(observer, fuse);
     std::map<std::pair<std::uint64_t, std::uint64_t>, std::string> firstLink;
     std::vector<const TreeEntry*> folders;
     FolderAhead ahead;
