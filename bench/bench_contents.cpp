@@ -1,17 +1,23 @@
-// Adding, restoring and listing: Morvanta against cp -a, rm -rf and du -sb on the same
-// mounted vault, in one run.
-//   bench_contents [runs] [big file MiB] [small files]
+// Adding, restoring and listing: Morvanta against the same durable work done by hand on the
+// same mounted vault, in one run. By hand, a move is cp -a --sparse=always, sync -f of where
+// the copy went (and of the folder holding the encrypted image, for an add), then rm -rf.
+//   bench_contents [runs] [big file MiB] [small files] [sparse file GiB]
 
 #include "BenchSupport.h"
 
 #include "engine/VaultManager.h"
+#include "platform/FileLayer.h"
 #include "platform/Process.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
+
+#include <array>
+#include <sys/stat.h>
 
 namespace {
 
@@ -45,11 +51,128 @@ void makeSmallFiles(const QString& folder, int count) {
     }
 }
 
-// The same file operations without flushing to stable storage: what durability costs.
-class UnflushedFiles : public platform::FileLayer {
+// Mostly a hole: `pieces` runs of 256 KiB of random data spread evenly over `gibibytes`.
+void makeSparseFile(const QString& path, int gibibytes, int pieces) {
+    QByteArray piece(256 << 10, Qt::Uninitialized);
+    QRandomGenerator::global()->fillRange(reinterpret_cast<quint32*>(piece.data()), piece.size() / 4);
+    QFile file(path);
+    file.open(QIODevice::WriteOnly);
+    const qint64 size = qint64(gibibytes) << 30;
+    file.resize(size);
+    for (int i = 0; i < pieces; ++i) {
+        file.seek(size / pieces * i + (size / pieces) / 3);
+        piece[0] = char(i);
+        file.write(piece);
+    }
+}
+
+// What the raw tools need to move `from` into `folder` with the same guarantee as Morvanta:
+// the copy on stable storage (and the image, when the copy went into the vault) before the
+// original goes.
+// Times of the three steps by hand, for the phase table.
+using HandSteps = std::array<double, 3>;
+
+void moveByHand(const QString& from, const QString& folder, const QString& image, HandSteps* steps = nullptr) {
+    const QString to = folder + '/' + QFileInfo(from).fileName();
+    HandSteps spent{};
+    spent[0] = bench::millisecondsOf(
+        [&] { run("/bin/cp", {"-a", "--sparse=always", from.toStdString(), folder.toStdString()}); });
+    spent[1] = bench::millisecondsOf([&] {
+        run("/bin/sync", {"-f", to.toStdString()});
+        if (!image.isEmpty())
+            run("/bin/sync", {"-f", image.toStdString()});
+    });
+    spent[2] = bench::millisecondsOf([&] { run("/bin/rm", {"-rf", from.toStdString()}); });
+    if (steps)
+        *steps = spent;
+}
+
+double mebibytes(qint64 bytes) { return double(bytes) / (1 << 20); }
+
+qint64 allocatedBytes(const QString& path) {
+    struct stat info {};
+    return ::stat(QFile::encodeName(path), &info) == 0 ? qint64(info.st_blocks) * 512 : -1;
+}
+
+qint64 diskUsage(const QString& folder) {
+    const platform::ProcessResult result =
+        platform::runProcess("/usr/bin/du", {"-sB1", folder.toStdString()}, std::nullopt);
+    return QByteArray::fromStdString(result.out).split('\t').first().toLongLong();
+}
+
+// The real file operations, timed one by one: where a move's time goes.
+class PhaseClock : public platform::FileLayer {
 public:
-    platform::FileError flush(const std::string&) override { return std::nullopt; }
+    enum Phase { Survey, Copy, Flush, Rename, Remove, Count };
+    static constexpr std::array<const char*, Count> kNames{"survey", "copy", "flush", "rename", "remove"};
+    std::array<double, Count> spent{};
+
+    platform::FileError survey(const std::string& path, platform::TreeSurvey& survey) override {
+        return timed(Survey, [&] { return FileLayer::survey(path, survey); });
+    }
+    platform::FileError copy(const std::string& from, const std::string& to, const platform::TreeSurvey& survey,
+                             const platform::CopyObserver& observer) override {
+        return timed(Copy, [&] { return FileLayer::copy(from, to, survey, observer); });
+    }
+    platform::FileError flush(const std::string& path) override {
+        return timed(Flush, [&] { return FileLayer::flush(path); });
+    }
+    platform::FileError rename(const std::string& from, const std::string& to) override {
+        return timed(Rename, [&] { return FileLayer::rename(from, to); });
+    }
+    platform::FileError remove(const std::string& root, const platform::TreeSurvey& survey,
+                               bool makeWritable) override {
+        return timed(Remove, [&] { return FileLayer::remove(root, survey, makeWritable); });
+    }
+
+private:
+    template <typename Step> platform::FileError timed(Phase phase, const Step& step) {
+        platform::FileError error;
+        spent[phase] += bench::millisecondsOf([&] { error = step(); });
+        return error;
+    }
 };
+
+// Morvanta's part of each row, phase by phase.
+struct Phases {
+    QString name;
+    std::array<QList<double>, PhaseClock::Count> spent;
+    QList<double> total;
+    std::array<QList<double>, 3> byHand; // cp, sync, rm
+};
+
+double timedPhases(PhaseClock& clock, Phases& phases, const std::function<void()>& step) {
+    clock.spent = {};
+    const double total = bench::millisecondsOf(step);
+    for (int i = 0; i < PhaseClock::Count; ++i)
+        phases.spent[i] << clock.spent[i];
+    phases.total << total;
+    return total;
+}
+
+void printPhases(const QList<Phases>& rows) {
+    std::printf("\nWhere the time goes (ms, medians): Morvanta's steps (\"other\" is checks and the origins file), then the steps by hand\n\n");
+    std::printf("| %-26s |", "operation");
+    for (const char* name : PhaseClock::kNames)
+        std::printf(" %8s |", name);
+    std::printf(" %8s | %8s | %8s | %8s |\n|----------------------------|", "other", "cp", "sync", "rm");
+    for (int i = 0; i <= PhaseClock::Count + 3; ++i)
+        std::printf("----------|");
+    std::printf("\n");
+    for (const Phases& row : rows) {
+        std::printf("| %-26s |", qPrintable(row.name));
+        double known = 0;
+        for (const QList<double>& spent : row.spent) {
+            known += bench::median(spent);
+            std::printf(" %8.1f |", bench::median(spent));
+        }
+        std::printf(" %8.1f |", std::max(0.0, bench::median(row.total) - known));
+        for (const QList<double>& spent : row.byHand)
+            std::printf(" %8.1f |", bench::median(spent));
+        std::printf("\n");
+    }
+    std::fflush(stdout);
+}
 
 } // namespace
 
@@ -58,6 +181,7 @@ int main(int argc, char** argv) {
     const int runs = argc > 1 ? QString(argv[1]).toInt() : 3;
     const int bigMiB = argc > 2 ? QString(argv[2]).toInt() : 1024;
     const int smallCount = argc > 3 ? QString(argv[3]).toInt() : 20000;
+    const int sparseGiB = argc > 4 ? QString(argv[4]).toInt() : 10;
 
     QTemporaryDir runtime, support, outside;
     qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtime.path()));
@@ -66,54 +190,54 @@ int main(int argc, char** argv) {
     vault.createVault(QStringLiteral("bench"));
     vault.unlock(QStringLiteral("bench"));
     const QString mount = vault.mountPoint().toLocalFile();
+    const auto clock = std::make_shared<PhaseClock>();
+    vault.setFileLayer(clock);
+    const QString image = vault.bundlePath();
+    const qint64 emptyVault = diskUsage(image);
 
     makeBigFile(outside.filePath("big.bin"), bigMiB);
     makeSmallFiles(outside.filePath("small"), smallCount);
+    makeSparseFile(outside.filePath("sparse.img"), sparseGiB, 32);
+    const qint64 sparseAllocated = allocatedBytes(outside.filePath("sparse.img"));
+    qint64 sparseInVault = 0, sparseRestored = 0;
 
     QList<bench::Comparison> rows;
-    for (const QString& name : {QStringLiteral("big.bin"), QStringLiteral("small")}) {
+    QList<Phases> phases;
+    for (const QString& name : {QStringLiteral("big.bin"), QStringLiteral("small"), QStringLiteral("sparse.img")}) {
         const QString label = name == "big.bin" ? QStringLiteral("%1 MiB file").arg(bigMiB)
-                                                : QStringLiteral("%1 small files").arg(smallCount);
+                            : name == "small"   ? QStringLiteral("%1 small files").arg(smallCount)
+                                                : QStringLiteral("%1 GiB sparse file").arg(sparseGiB);
         bench::Comparison add{"add " + label, {}, {}};
         bench::Comparison restore{"restore " + label, {}, {}};
-        const std::string original = outside.filePath(name).toStdString();
-        const std::string inVault = (mount + '/' + name).toStdString();
+        Phases addPhases{add.name, {}, {}, {}}, restorePhases{restore.name, {}, {}, {}};
+        const QString original = outside.filePath(name);
+        const QString inVault = mount + '/' + name;
         for (int i = 0; i < runs; ++i) {
-            add.morvanta << bench::millisecondsOf(
-                [&] { vault.addItem(QUrl::fromLocalFile(outside.filePath(name))); });
-            restore.morvanta << bench::millisecondsOf(
-                [&] { vault.restoreItem(QUrl::fromLocalFile(mount + '/' + name)); });
-            add.raw << bench::millisecondsOf([&] {
-                run("/bin/cp", {"-a", original, mount.toStdString()});
-                run("/bin/rm", {"-rf", original});
-            });
-            restore.raw << bench::millisecondsOf([&] {
-                run("/bin/cp", {"-a", inVault, outside.path().toStdString()});
-                run("/bin/rm", {"-rf", inVault});
-            });
+            add.morvanta << timedPhases(*clock, addPhases, [&] { vault.addItem(QUrl::fromLocalFile(original)); });
+            if (name == "sparse.img")
+                sparseInVault = std::max(sparseInVault, diskUsage(image));
+            restore.morvanta << timedPhases(*clock, restorePhases, [&] { vault.restoreItem(QUrl::fromLocalFile(inVault)); });
+            if (name == "sparse.img")
+                sparseRestored = std::max(sparseRestored, allocatedBytes(original));
+            HandSteps steps;
+            add.raw << bench::millisecondsOf([&] { moveByHand(original, mount, image, &steps); });
+            for (int s = 0; s < 3; ++s)
+                addPhases.byHand[s] << steps[s];
+            restore.raw << bench::millisecondsOf([&] { moveByHand(inVault, outside.path(), {}, &steps); });
+            for (int s = 0; s < 3; ++s)
+                restorePhases.byHand[s] << steps[s];
         }
         rows << add << restore;
+        phases << addPhases << restorePhases;
     }
-
-    // Durability: an add that flushes (as shipped) against one that does not, on one file.
-    {
-        bench::Comparison flushed{QStringLiteral("add %1 MiB, flushed vs not").arg(bigMiB), {}, {}};
-        const auto unflushed = std::make_shared<UnflushedFiles>();
-        const auto shipped = std::make_shared<platform::FileLayer>();
-        const QUrl original = QUrl::fromLocalFile(outside.filePath("big.bin"));
-        const QUrl inVault = QUrl::fromLocalFile(mount + "/big.bin");
-        for (int i = 0; i < runs; ++i) {
-            vault.setFileLayer(shipped);
-            flushed.morvanta << bench::millisecondsOf([&] { vault.addItem(original); });
-            vault.restoreItem(inVault);
-            vault.setFileLayer(unflushed);
-            flushed.raw << bench::millisecondsOf([&] { vault.addItem(original); });
-            vault.restoreItem(inVault);
-        }
-        vault.setFileLayer(shipped);
-        rows << flushed;
-    }
-    bench::printTable(QStringLiteral("Adding and restoring (Morvanta vs cp -a + rm -rf)"), rows, runs);
+    bench::printTable(QStringLiteral("Adding and restoring, durably (Morvanta vs cp -a --sparse=always, "
+                                     "sync -f, rm -rf)"),
+                      rows, runs);
+    std::printf("\nOn disk: the %d GiB sparse file %.1f MiB; the encrypted image folder after Morvanta's "
+                "add %.1f MiB (%.1f MiB empty); the file restored from it %.1f MiB.\n",
+                sparseGiB, mebibytes(sparseAllocated), mebibytes(sparseInVault), mebibytes(emptyVault),
+                mebibytes(sparseRestored));
+    printPhases(phases);
 
     // Listing: the whole vault (one folder of n small files, measured deep) against du -sb.
     QList<bench::Comparison> listing;

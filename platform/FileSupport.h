@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <dirent.h>
 #include <string>
 #include <unistd.h>
 
@@ -21,6 +22,26 @@ inline std::string failure(const char* verb, const std::string& path, int error)
     return std::string("Couldn\u2019t ") + verb + " " + quoted(fileName(path)) + ": " +
            std::strerror(error) + ".";
 }
+
+// Before working through the entries of `folder` one by one. On FUSE (the vault) one listing
+// brings every entry's attributes at once, and the look-ups that follow for the next second
+// need no request each; elsewhere it costs a read of a folder already in memory.
+class FolderAhead {
+public:
+    void enter(const std::string& folder) {
+        if (folder == m_folder)
+            return;
+        m_folder = folder;
+        if (DIR* dir = ::opendir(folder.c_str())) {
+            while (::readdir(dir)) {
+            }
+            ::closedir(dir);
+        }
+    }
+
+private:
+    std::string m_folder;
+};
 
 class ScopedFd {
 public:

@@ -43,8 +43,11 @@ FileError removeSurveyed(const std::string& root, const TreeSurvey& survey, bool
                 ::chmod(path.c_str(), (now.mode | 0700) & 07777);
         }
     }
+    FolderAhead ahead;
     for (auto entry = survey.entries.rbegin(); entry != survey.entries.rend(); ++entry) {
         const std::string path = joined(root, entry->relative);
+        if (!entry->relative.empty())
+            ahead.enter(path.substr(0, path.rfind('/')));
         TreeEntry now;
         if (!current(path, now) || !now.sameAs(*entry))
             continue;
