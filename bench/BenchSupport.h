@@ -1,6 +1,11 @@
 #pragma once
 
+#include "engine/VaultManager.h"
+
+#include <QDir>
 #include <QElapsedTimer>
+#include <QFile>
+#include <QTemporaryDir>
 #include <QList>
 #include <QString>
 
@@ -9,6 +14,36 @@
 #include <functional>
 
 namespace bench {
+
+// A vault of the benchmark's own, created and opened in folders that go with it.
+struct OpenVault {
+    QTemporaryDir runtime, support;
+    VaultManager vault{openIn(runtime, support)};
+
+    static QString openIn(const QTemporaryDir& runtime, const QTemporaryDir& support) {
+        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtime.path()));
+        return support.path();
+    }
+    OpenVault() {
+        vault.setIdleTimeoutSeconds(0);
+        vault.createVault(QStringLiteral("bench"));
+        vault.unlock(QStringLiteral("bench"));
+    }
+};
+
+// `count` files of 4 KiB, a thousand to a folder.
+inline void makeSmallFiles(const QString& folder, int count) {
+    QByteArray bytes(4096, 'x');
+    for (int i = 0; i < count; ++i) {
+        const QString sub = folder + QStringLiteral("/%1").arg(i / 1000);
+        if (i % 1000 == 0)
+            QDir().mkpath(sub);
+        QFile file(sub + QStringLiteral("/file-%1.txt").arg(i));
+        file.open(QIODevice::WriteOnly);
+        bytes[0] = char(i);
+        file.write(bytes);
+    }
+}
 
 inline double median(QList<double> values) {
     std::sort(values.begin(), values.end());

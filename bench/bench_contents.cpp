@@ -38,19 +38,6 @@ void makeBigFile(const QString& path, int mebibytes) {
     }
 }
 
-void makeSmallFiles(const QString& folder, int count) {
-    QByteArray bytes(4096, 'x');
-    for (int i = 0; i < count; ++i) {
-        const QString sub = folder + QStringLiteral("/%1").arg(i / 1000);
-        if (i % 1000 == 0)
-            QDir().mkpath(sub);
-        QFile file(sub + QStringLiteral("/file-%1.txt").arg(i));
-        file.open(QIODevice::WriteOnly);
-        bytes[0] = char(i);
-        file.write(bytes);
-    }
-}
-
 // Mostly a hole: `pieces` runs of 256 KiB of random data spread evenly over `gibibytes`.
 void makeSparseFile(const QString& path, int gibibytes, int pieces) {
     QByteArray piece(256 << 10, Qt::Uninitialized);
@@ -183,12 +170,9 @@ int main(int argc, char** argv) {
     const int smallCount = argc > 3 ? QString(argv[3]).toInt() : 20000;
     const int sparseGiB = argc > 4 ? QString(argv[4]).toInt() : 10;
 
-    QTemporaryDir runtime, support, outside;
-    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtime.path()));
-    VaultManager vault(support.path());
-    vault.setIdleTimeoutSeconds(0);
-    vault.createVault(QStringLiteral("bench"));
-    vault.unlock(QStringLiteral("bench"));
+    bench::OpenVault open;
+    VaultManager& vault = open.vault;
+    QTemporaryDir outside;
     const QString mount = vault.mountPoint().toLocalFile();
     const auto clock = std::make_shared<PhaseClock>();
     vault.setFileLayer(clock);
@@ -196,7 +180,7 @@ int main(int argc, char** argv) {
     const qint64 emptyVault = diskUsage(image);
 
     makeBigFile(outside.filePath("big.bin"), bigMiB);
-    makeSmallFiles(outside.filePath("small"), smallCount);
+    bench::makeSmallFiles(outside.filePath("small"), smallCount);
     makeSparseFile(outside.filePath("sparse.img"), sparseGiB, 32);
     const qint64 sparseAllocated = allocatedBytes(outside.filePath("sparse.img"));
     qint64 sparseInVault = 0, sparseRestored = 0;
@@ -245,7 +229,7 @@ int main(int argc, char** argv) {
         if (count > smallCount)
             break;
         QDir(mount + "/small").removeRecursively();
-        makeSmallFiles(mount + "/small", count);
+        bench::makeSmallFiles(mount + "/small", count);
         bench::Comparison row{QStringLiteral("list, %1 files").arg(count), {}, {}};
         for (int i = 0; i < runs; ++i) {
             row.morvanta << bench::millisecondsOf([&] { vault.refreshItems(); });

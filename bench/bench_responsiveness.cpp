@@ -4,6 +4,8 @@
 // operation is under way.
 //   bench_responsiveness [big file MiB] [backup MB] [small files]
 
+#include "BenchSupport.h"
+
 #include "engine/VaultManager.h"
 
 #include <QCoreApplication>
@@ -25,17 +27,6 @@ void writeNoise(const QString& path, qint64 bytes) {
     for (qint64 done = 0; done < bytes; done += block.size()) {
         QRandomGenerator::global()->fillRange(reinterpret_cast<quint32*>(block.data()), block.size() / 4);
         file.write(block.constData(), std::min<qint64>(block.size(), bytes - done));
-    }
-}
-
-void writeSmallFiles(const QString& folder, int count) {
-    for (int i = 0; i < count; ++i) {
-        const QString sub = folder + QStringLiteral("/%1").arg(i / 1000);
-        if (i % 1000 == 0)
-            QDir().mkpath(sub);
-        QFile file(sub + QStringLiteral("/f%1").arg(i));
-        file.open(QIODevice::WriteOnly);
-        file.write(QByteArray(4096, char(i)));
     }
 }
 
@@ -91,12 +82,9 @@ int main(int argc, char** argv) {
     const int backupMB = argc > 2 ? QString(argv[2]).toInt() : 500;
     const int smallCount = argc > 3 ? QString(argv[3]).toInt() : 20000;
 
-    QTemporaryDir runtime, support, outside;
-    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtime.path()));
-    VaultManager vault(support.path());
-    vault.setIdleTimeoutSeconds(0);
-    vault.createVault(QStringLiteral("bench"));
-    vault.unlock(QStringLiteral("bench"));
+    bench::OpenVault open;
+    VaultManager& vault = open.vault;
+    QTemporaryDir outside;
     const auto root = [&vault] { return vault.mountPoint().toLocalFile(); };
     const QUrl big = QUrl::fromLocalFile(outside.filePath("big.bin"));
     const QString backup = outside.filePath("backup.7z");
@@ -105,7 +93,7 @@ int main(int argc, char** argv) {
     const Measured add = measure(vault, [&](VaultManager& v) { v.addItem(big); });
     writeNoise(root() + "/noise.bin", qint64(backupMB) * 1000 * 1000 - (qint64(bigMiB) << 20));
     const Measured backupRun = measure(vault, [&](VaultManager& v) { v.backupVault(QUrl::fromLocalFile(backup)); });
-    writeSmallFiles(root() + "/small", smallCount);
+    bench::makeSmallFiles(root() + "/small", smallCount);
     const Measured erase =
         measure(vault, [&](VaultManager& v) { v.deleteItem(QUrl::fromLocalFile(root() + "/small")); });
 
@@ -113,7 +101,7 @@ int main(int argc, char** argv) {
     const double lockAdd = lockDuring(vault, [&](VaultManager& v) { v.addItem(big); });
     const double lockBackup =
         lockDuring(vault, [&](VaultManager& v) { v.backupVault(QUrl::fromLocalFile(backup)); });
-    writeSmallFiles(root() + "/small", smallCount);
+    bench::makeSmallFiles(root() + "/small", smallCount);
     const double lockErase =
         lockDuring(vault, [&](VaultManager& v) { v.deleteItem(QUrl::fromLocalFile(root() + "/small")); });
 
