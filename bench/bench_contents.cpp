@@ -124,16 +124,19 @@ private:
 struct Phases {
     QString name;
     std::array<QList<double>, PhaseClock::Count> spent;
-    QList<double> total;
+    QList<double> other; // the rest of each run
     std::array<QList<double>, 3> byHand; // cp, sync, rm
 };
 
 double timedPhases(PhaseClock& clock, Phases& phases, const std::function<void()>& step) {
     clock.spent = {};
     const double total = bench::millisecondsOf(step);
-    for (int i = 0; i < PhaseClock::Count; ++i)
+    double known = 0;
+    for (int i = 0; i < PhaseClock::Count; ++i) {
         phases.spent[i] << clock.spent[i];
-    phases.total << total;
+        known += clock.spent[i];
+    }
+    phases.other << total - known;
     return total;
 }
 
@@ -148,12 +151,9 @@ void printPhases(const QList<Phases>& rows) {
     std::printf("\n");
     for (const Phases& row : rows) {
         std::printf("| %-26s |", qPrintable(row.name));
-        double known = 0;
-        for (const QList<double>& spent : row.spent) {
-            known += bench::median(spent);
+        for (const QList<double>& spent : row.spent)
             std::printf(" %8.1f |", bench::median(spent));
-        }
-        std::printf(" %8.1f |", std::max(0.0, bench::median(row.total) - known));
+        std::printf(" %8.1f |", bench::median(row.other));
         for (const QList<double>& spent : row.byHand)
             std::printf(" %8.1f |", bench::median(spent));
         std::printf("\n");

@@ -304,6 +304,10 @@ private:
     FileError copyData(int in, int out, const struct stat& info, const std::string& from, off_t& end) {
         const off_t size = info.st_size;
         bool seeks = off_t(info.st_blocks) * 512 < size;
+        // Doubles the read-ahead: on FUSE two requests in flight, so the vault decrypts the
+        // next piece while this one is written.
+        if (size > off_t(kChunk))
+            ::posix_fadvise(in, 0, 0, POSIX_FADV_SEQUENTIAL);
         for (off_t offset = 0; offset < size;) {
             off_t data = offset, hole = size;
             if (seeks) {
