@@ -1,4 +1,5 @@
 #include "FileLayer.h"
+#include "SystemCalls.h"
 
 #include <cerrno>
 #include <cstring>
@@ -24,7 +25,7 @@ FileError FileLayer::flush(const std::string& path) {
     const int fd = ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (fd < 0)
         return std::string("Couldn\u2019t flush ") + folder + ": " + std::strerror(errno) + ".";
-    const int result = ::syncfs(fd);
+    const int result = sys::syncfs(fd);
     const int error = errno;
     ::close(fd);
     if (result != 0)

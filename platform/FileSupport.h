@@ -2,6 +2,8 @@
 
 // Small pieces shared by the file operations of this folder; not for use elsewhere.
 
+#include "SystemCalls.h"
+
 #include <cerrno>
 #include <cstring>
 #include <dirent.h>
@@ -55,7 +57,7 @@ public:
     int get() const { return m_fd; }
     // Closing can report a write that failed late.
     int close() {
-        const int result = ::close(m_fd);
+        const int result = sys::close(m_fd);
         m_fd = -1;
         return result;
     }

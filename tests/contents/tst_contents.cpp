@@ -7,6 +7,7 @@
 #include "support/RecordingFileLayer.h"
 #include "support/Trees.h"
 #include "support/VaultTestCase.h"
+#include "platform/SystemCalls.h"
 
 #include <QDir>
 #include <QFile>
@@ -35,6 +36,15 @@ public:
 };
 
 namespace {
+
+dev_t deviceOf(int fd) {
+    struct stat info {};
+    return ::fstat(fd, &info) == 0 ? info.st_dev : 0;
+}
+dev_t deviceOf(const QString& path) {
+    struct stat info {};
+    return ::stat(QFile::encodeName(path), &info) == 0 ? info.st_dev : 0;
+}
 
 void setModeAndTime(const QString& path, mode_t mode, qint64 mtime) {
     QVERIFY(::chmod(QFile::encodeName(path), mode) == 0);
@@ -122,26 +132,42 @@ private slots:
         QVERIFY(m_vault->items().isEmpty());
     }
 
+    // Seen from below the file code: the file systems actually flushed before an original
+    // goes, not just that a flush was asked for.
     void copiesReachStableStorageBeforeOriginalsGo() {
+        static QList<dev_t> flushed;
+        flushed.clear();
+        platform::sys::syncfs = [](int fd) {
+            flushed.append(deviceOf(fd));
+            return ::syncfs(fd);
+        };
+        const auto undo = qScopeGuard([] { platform::sys::syncfs = ::syncfs; });
         auto files = std::make_shared<RecordingFileLayer>();
+        QList<dev_t> flushedFirst;
+        files->beforeEach = [&](const QString& call) {
+            if (call.startsWith("remove "))
+                flushedFirst = flushed;
+        };
         m_vault->setFileLayer(files);
         QVERIFY(writeFile(home("a.txt"), "a"));
-        const QString bundle = m_vault->bundlePath();
 
         m_vault->addItem(url(home("a.txt")));
-        // Copied under a staging name, flushed down to the image's file system, named,
-        // flushed again, and only then the original goes.
+        // Copied under a staging name, flushed, named, flushed again, and only then removed:
+        // down to the disk under the vault as well as the vault itself.
         const QStringList& calls = files->calls;
         const qsizetype named = calls.indexOf(QRegularExpression("^rename .*staging.* -> " +
                                                                  QRegularExpression::escape(inVault("a.txt")) + "$"));
         const qsizetype removed = calls.indexOf("remove " + home("a.txt"));
         QVERIFY(named > 0 && removed > named);
-        QVERIFY(calls.mid(0, named).contains("flush " + bundle));
-        QVERIFY(calls.mid(named, removed - named).contains("flush " + bundle));
-        files->calls.clear();
+        QVERIFY(calls.mid(named, removed - named).contains("flush " + m_vault->bundlePath()));
+        QVERIFY(flushedFirst.contains(deviceOf(inVault({}))));
+        QVERIFY(flushedFirst.contains(deviceOf(m_vault->bundlePath())));
+
+        flushed.clear();
+        flushedFirst.clear();
         m_vault->restoreItem(url(inVault("a.txt")));
         QCOMPARE(files->calls.last(), "remove " + inVault("a.txt"));
-        QVERIFY(files->calls.contains("flush " + home("a.txt")));
+        QVERIFY(flushedFirst.contains(deviceOf(home())));
     }
 
     void moveOutRenameAndDelete() {
@@ -192,7 +218,7 @@ private slots:
         m_vault->refreshItems();
 
         const auto vaultBefore = treeOf(m_vault->mountPoint().toLocalFile(), Detail::ModesAndTimes);
-        const auto homeBefore = homeTree();
+        const auto homeBefore = treeOf(home("Place"));
         const auto rejects = [&](const QString& expected, const std::function<void()>& operation) {
             QCOMPARE(errorOf(operation), expected);
             QCOMPARE(treeOf(m_vault->mountPoint().toLocalFile(), Detail::ModesAndTimes), vaultBefore);
@@ -303,24 +329,65 @@ private slots:
         QCOMPARE(treeOf(inVault("App"), Detail::ModesAndTimes), before);
     }
 
+    // A copy that fails part-way, on the way in or out, leaves the item whole where it was
+    // and nothing of it where it was going.
+    void aCopyThatFailsPartWayCostsNothing_data() {
+        QTest::addColumn<QString>("move");
+        QTest::addColumn<QString>("error");
+        QTest::newRow("add, the vault fills up") << "add" << "No space left on device";
+        QTest::newRow("add, a write fails when the copy is closed") << "add late" << "Input/output error";
+        QTest::newRow("restore, the original place fills up") << "restore" << "No space left on device";
+        QTest::newRow("move out, the folder fills up") << "move out" << "No space left on device";
+    }
     void aCopyThatFailsPartWayCostsNothing() {
+        QFETCH(QString, move);
+        QFETCH(QString, error);
         if (::geteuid() != 0)
             QSKIP("needs root to mount a small file system");
-        m_vault->lock();
-        // The vault lives on a file system too small for what is added.
-        testsupport::ScopedTmpfs small(home("small"), "size=4m");
-        QVERIFY(small.mounted());
-        openVault(home("small/support"));
-        QDir().mkpath(home("Big"));
-        QVERIFY(writeFile(home("Big/first.txt"), "small"));
-        QVERIFY(writeFile(home("Big/second.bin"), QByteArray(6 << 20, 'x')));
-        const auto before = treeOf(home("Big"), Detail::ModesAndTimes);
+        std::unique_ptr<testsupport::ScopedTmpfs> small;
+        if (move == "add") { // the vault lives on a file system too small for the item
+            m_vault->lock();
+            small = std::make_unique<testsupport::ScopedTmpfs>(home("small"), "size=4m");
+            openVault(home("small/support"));
+        }
+        QDir().mkpath(home("Place/Big"));
+        QVERIFY(writeFile(home("Place/Big/first.txt"), "small"));
+        QVERIFY(writeFile(home("Place/Big/second.bin"), QByteArray(6 << 20, 'x')));
+        QString item = home("Place/Big");
+        if (move == "restore" || move == "move out") {
+            m_vault->addItem(url(item));
+            item = inVault("Big");
+            small = std::make_unique<testsupport::ScopedTmpfs>(home("Place"), "size=4m");
+        }
+        QVERIFY(!small || small->mounted());
+        static const QByteArray failingClose = "second.bin";
+        if (move == "add late")
+            platform::sys::close = [](int fd) {
+                const QByteArray path = QFile::symLinkTarget(QString("/proc/self/fd/%1").arg(fd)).toUtf8();
+                const int result = ::close(fd);
+                if (!path.endsWith(failingClose))
+                    return result;
+                errno = EIO;
+                return -1;
+            };
+        const auto undo = qScopeGuard([] { platform::sys::close = ::close; });
+        const auto before = treeOf(item, Detail::ModesAndTimes);
+        const auto homeBefore = treeOf(home("Place"));
 
-        const QString error = errorOf([&] { m_vault->addItem(url(home("Big"))); });
-        QVERIFY2(error.contains("No space left on device"), qPrintable(error));
-        QCOMPARE(treeOf(home("Big"), Detail::ModesAndTimes), before);
-        QVERIFY(!QFileInfo::exists(inVault("Big")));
-        QVERIFY(m_vault->items().isEmpty());
+        const QString message = errorOf([&] {
+            if (move == "restore")
+                m_vault->restoreItem(url(item));
+            else if (move == "move out")
+                m_vault->removeItem(url(item), url(home("Place")));
+            else
+                m_vault->addItem(url(item));
+        });
+        QVERIFY2(message.contains(error), qPrintable(message));
+        QCOMPARE(treeOf(item, Detail::ModesAndTimes), before);
+        QCOMPARE(treeOf(home("Place")), homeBefore);
+        QCOMPARE(QDir(inVault({})).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden).filter("staging"),
+                 QStringList());
+        QCOMPARE(listedNames(), item.startsWith(home()) ? QStringList() : QStringList{"Big"});
         m_vault->lock();
     }
 
