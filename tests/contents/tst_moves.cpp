@@ -297,10 +297,18 @@ private slots:
         QVERIFY(writeFile(home("victim"), "keep"));
         QVERIFY(QFile::link(home("victim"), inVault(".morvanta-origins.json.partial")));
         QVERIFY(writeFile(home("Taxes.pdf"), "%PDF"));
+        QVERIFY(writeFile(home("Old.txt"), "old"));
+        m_vault->addItem(url(home("Old.txt")));
+        // The registry is replaced whole, never rewritten in place: one opened before the add
+        // still reads as it was.
+        QFile before(inVault(".morvanta-origins.json"));
+        QVERIFY(before.open(QIODevice::ReadOnly));
 
         m_vault->addItem(url(home("Taxes.pdf")));
         QVERIFY(!readFile(desktop.filePath("recently-used.xbel")).contains(href));
         QCOMPARE(readFile(home("victim")), "keep");
+        const QByteArray registryBefore = before.readAll();
+        QVERIFY(registryBefore.contains("Old.txt") && !registryBefore.contains("Taxes.pdf"));
         QCOMPARE(m_vault->restoreFolder(url(inVault("Taxes.pdf"))), home());
     }
 };
