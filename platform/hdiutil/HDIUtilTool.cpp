@@ -42,27 +42,6 @@ std::string volumeNameOf(const std::string& image) {
     return name;
 }
 
-// Mount points are named after the volume; a second vault with the same name gets
-// "Name 1", "Name 2", … as on macOS.
-std::string chooseMountPoint(const std::string& root, const std::string& volumeName) {
-    const std::vector<MountEntry> mounts = currentMounts();
-    for (int n = 0; n < 100; ++n) {
-        const std::string candidate =
-            root + "/" + volumeName + (n == 0 ? std::string() : " " + std::to_string(n));
-        if (mountAt(mounts, candidate))
-            continue;
-        if (!exists(candidate)) {
-            if (::mkdir(candidate.c_str(), 0700) == 0)
-                return candidate;
-            continue;
-        }
-        if (isDirectory(candidate) && isEmptyDirectory(candidate) &&
-            ::chmod(candidate.c_str(), 0700) == 0)
-            return candidate;
-    }
-    throw Failure{"no free mount point for " + volumeName + " in " + root};
-}
-
 std::string plistXml(plist_t root) {
     char* xml = nullptr;
     uint32_t length = 0;

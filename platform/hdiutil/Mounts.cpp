@@ -1,8 +1,10 @@
 #include "Mounts.h"
 
+#include "ToolSteps.h"
 #include "platform/RuntimeFolder.h"
 
 #include <fstream>
+#include <sys/stat.h>
 #include <sstream>
 
 namespace hdiutil {
@@ -161,6 +163,26 @@ std::optional<MountEntry> mountAt(const std::vector<MountEntry>& mounts,
 
 std::string privateMountRoot(std::string& error) {
     return platform::privateRuntimeFolder(error);
+}
+
+std::string chooseMountPoint(const std::string& root, const std::string& volumeName) {
+    const std::vector<MountEntry> mounts = currentMounts();
+    for (int n = 0; n < 100; ++n) {
+        const std::string candidate =
+            root + "/" + volumeName + (n == 0 ? std::string() : " " + std::to_string(n));
+        if (mountAt(mounts, candidate))
+            continue;
+        if (!exists(candidate)) {
+            if (::mkdir(candidate.c_str(), 0700) == 0)
+                return candidate;
+            continue;
+        }
+        // Left behind by an earlier run, perhaps loosened since: never mounted on as it is.
+        if (isDirectory(candidate) && isEmptyDirectory(candidate) &&
+            ::chmod(candidate.c_str(), 0700) == 0)
+            return candidate;
+    }
+    throw Failure{"no free mount point for " + volumeName + " in " + root};
 }
 
 } // namespace hdiutil

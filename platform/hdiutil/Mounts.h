@@ -36,4 +36,8 @@ std::optional<MountEntry> mountAt(const std::vector<MountEntry>& mounts,
 // manager lists. Empty with `error` set when no safe folder can be had.
 std::string privateMountRoot(std::string& error);
 
+// A free mount point in `root`, made (or an empty one left behind, taken back) private to
+// the user. Named after the volume; a second vault with the same name gets "Name 1", ….
+std::string chooseMountPoint(const std::string& root, const std::string& volumeName);
+
 } // namespace hdiutil

@@ -169,6 +169,21 @@ private slots:
         QCOMPARE(imageForFsName("morvanta:/cut%4"), std::nullopt);
     }
 
+    // A folder left at the mount point's name is used only when empty, and only once it is
+    // private again; anything else there is passed over, never mounted on.
+    void mountsOnlyInPrivateEmptyFolders() {
+        QTemporaryDir root;
+        const std::string base = root.path().toStdString();
+        QVERIFY(QDir().mkpath(root.filePath("MorvantaVault")));
+        ::chmod(QFile::encodeName(root.filePath("MorvantaVault")), 0755);
+        QCOMPARE(chooseMountPoint(base, "MorvantaVault"), base + "/MorvantaVault");
+        QCOMPARE(modeOf(root.filePath("MorvantaVault")), mode_t(0700));
+
+        QVERIFY(testsupport::writeFile(root.filePath("MorvantaVault/saved later.txt"), "plain"));
+        QCOMPARE(chooseMountPoint(base, "MorvantaVault"), base + "/MorvantaVault 1");
+        QCOMPARE(modeOf(root.filePath("MorvantaVault 1")), mode_t(0700));
+    }
+
     // --- with gocryptfs on FUSE ----------------------------------------------------------
 
     void refusesPasswordsGocryptfsWouldChange_data() {
