@@ -44,8 +44,7 @@ int main(int argc, char* argv[]) {
     platform::Workspace workspace;
     VaultManager vault;
 
-    platform::quitApplicationOnTerminationSignals();
-    QObject::connect(&app, &QGuiApplication::aboutToQuit, &vault, &VaultManager::lockIfUnlocked);
+    platform::lockOnTheWayOut([&vault] { vault.lockIfUnlocked(); });
     // Leaving the machine locks the vault: before sleep (logind waits for it) and when the
     // screen locks.
     platform::SessionWatcher session(QDBusConnection::systemBus(), QDBusConnection::sessionBus());

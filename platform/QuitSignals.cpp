@@ -21,7 +21,9 @@ void onSignal(int) {
 
 } // namespace
 
-void quitApplicationOnTerminationSignals() {
+void lockOnTheWayOut(std::function<void()> lock) {
+    QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit,
+                     QCoreApplication::instance(), std::move(lock));
     if (g_signalPipe[0] != -1 ||
         ::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, g_signalPipe) != 0)
         return;

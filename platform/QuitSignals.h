@@ -2,10 +2,13 @@
 
 #include <QObject>
 
+#include <functional>
+
 namespace platform {
 
 // Turns SIGTERM, SIGINT and SIGHUP (logout, `kill`, Ctrl+C in a terminal) into an orderly
-// quit of the application, so that an open vault is locked on the way out.
-void quitApplicationOnTerminationSignals();
+// quit of the application, and runs `lock` on every way out: those signals, the session
+// ending, the last window closing, a quit from the menu.
+void lockOnTheWayOut(std::function<void()> lock);
 
 } // namespace platform

@@ -72,8 +72,7 @@ int main(int argc, char** argv) {
         vault.addItem(QUrl::fromLocalFile(args[3]));
     } else if (args[2] == "add-slowly") {
         // The app's own wiring: a termination signal quits, and quitting locks.
-        platform::quitApplicationOnTerminationSignals();
-        QObject::connect(&app, &QCoreApplication::aboutToQuit, &vault, &VaultManager::lockIfUnlocked);
+        platform::lockOnTheWayOut([&vault] { vault.lockIfUnlocked(); });
         vault.setFileLayer(std::make_shared<SlowFiles>());
         vault.runInBackground([url = QUrl::fromLocalFile(args[3])](VaultManager& v) { v.addItem(url); }, {});
         return app.exec();
