@@ -14,12 +14,7 @@
 
 namespace {
 
-HDIUtilResult attached() {
-    return {0,
-            "<plist version=\"1.0\"><dict><key>system-entities</key><array><dict>"
-            "<key>mount-point</key><string>/mnt/vault</string></dict></array></dict></plist>",
-            {}};
-}
+HDIUtilResult attached() { return RecordingRunner::attached("/mnt/vault"); }
 
 } // namespace
 

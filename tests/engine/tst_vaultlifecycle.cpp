@@ -1,6 +1,7 @@
 // The vault's whole life against real gocryptfs on FUSE, through the disk-image tool.
 
 #include "engine/VaultManager.h"
+#include "support/Errors.h"
 #include "support/FuseHarness.h"
 #include "platform/Process.h"
 #include "support/RecordingRunner.h"
@@ -15,6 +16,7 @@
 #include <QRandomGenerator>
 #include <QScopeGuard>
 #include <QTemporaryDir>
+#include <QStandardPaths>
 #include <QTest>
 #include <QtEndian>
 
@@ -30,6 +32,7 @@ public:
     }
 };
 
+using testsupport::errorOf;
 using testsupport::readFile;
 using testsupport::treeOf;
 using testsupport::writeFile;
@@ -84,18 +87,6 @@ QByteArray pngWithText(const QByteArray& type, const QByteArray& value) {
     };
     return QByteArray("\x89PNG\r\n\x1a\n", 8) + chunk("IHDR", QByteArray(13, '\1')) +
            chunk(type, QByteArray("Thumb::URI\0", 11) + value) + chunk("IEND", {});
-}
-
-// The gocryptfs daemons serving any vault below `folder`.
-QList<int> gocryptfsDaemonsFor(const QString& folder) {
-    QList<int> pids;
-    for (const QString& pid : QDir("/proc").entryList(QDir::Dirs)) {
-        const QByteArray cmdline = readFile("/proc/" + pid + "/cmdline");
-        if (pid.toInt() > 0 && cmdline.startsWith("/usr/bin/gocryptfs") &&
-            cmdline.contains(QFile::encodeName(folder)))
-            pids.append(pid.toInt());
-    }
-    return pids;
 }
 
 } // namespace
@@ -172,7 +163,7 @@ private slots:
         QVERIFY(!open.seek(0) || open.read(5).isEmpty());
         open.close();
 
-        QCOMPARE(thrownBy(*vault, &VaultManager::lock), QStringLiteral("Vault not mounted."));
+        QCOMPARE(errorOf([&] { vault->lock(); }), QStringLiteral("Vault not mounted."));
 
         vault->unlock("pw");
         QCOMPARE(readFile(mountPath(*vault) + "/open.bin"), QByteArray("written before the lock"));
@@ -181,11 +172,11 @@ private slots:
 
     void refusalsRunNothing() {
         auto vault = makeVault();
-        QCOMPARE(thrownBy(*vault, [](VaultManager& v) { v.unlock("pw"); }),
+        QCOMPARE(errorOf([&] { vault->unlock("pw"); }),
                  QStringLiteral("Vault not initialized."));
         vault->createVault("pw");
         m_tool.calls.clear();
-        QCOMPARE(thrownBy(*vault, [](VaultManager& v) { v.createVault("other"); }),
+        QCOMPARE(errorOf([&] { vault->createVault("other"); }),
                  QStringLiteral("Vault already exists."));
         QVERIFY(m_tool.calls.isEmpty());
         // The first vault is untouched: its password still opens it.
@@ -232,7 +223,10 @@ private slots:
         for (const QByteArray& password : {secret, next}) {
             QCOMPARE(testsupport::processesHolding(password), QStringList());
             for (const QString& folder :
-                 {QDir::homePath(), m_support->path(), m_runtime->path(), QDir::tempPath()})
+                 {m_support->path(), m_runtime->path(),
+                  QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation),
+                  QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation),
+                  QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) + "/thumbnails"})
                 QCOMPARE(testsupport::filesHolding(folder, password), QStringList());
         }
     }
@@ -268,9 +262,9 @@ private slots:
         QVERIFY(writeFile(desktop.filePath("recently-used.xbel"),
                           "<xbel version=\"1.0\"><bookmark href=\"" + seen + "\"/></xbel>"));
         if (killDaemon) {
-            for (const int pid : gocryptfsDaemonsFor(m_support->path()))
+            for (const int pid : testsupport::gocryptfsDaemonsServing(m_support->path()))
                 ::kill(pid, SIGKILL);
-            QTRY_VERIFY(gocryptfsDaemonsFor(m_support->path()).isEmpty());
+            QTRY_VERIFY(testsupport::gocryptfsDaemonsServing(m_support->path()).isEmpty());
         }
 
         auto restarted = makeVault();
@@ -299,7 +293,7 @@ private slots:
         vault->changePassword(second, second);
         vault->lock();
 
-        QCOMPARE(thrownBy(*vault, [&](VaultManager& v) { v.unlock(first); }),
+        QCOMPARE(errorOf([&] { vault->unlock(first); }),
                  QStringLiteral("Authentication failed."));
         vault->unlock(second);
         QCOMPARE(treeOf(mountPath(*vault)), before);
@@ -351,7 +345,7 @@ private slots:
         const QByteArray good = readFile(backup);
 
         qputenv("MORVANTA_TEST_DAMAGE_BACKUP", "1");
-        const QString error = thrownBy(*vault, [&](VaultManager& v) { v.backupVault(QUrl::fromLocalFile(backup)); });
+        const QString error = errorOf([&] { vault->backupVault(QUrl::fromLocalFile(backup)); });
         qunsetenv("MORVANTA_TEST_DAMAGE_BACKUP");
         QVERIFY2(error.startsWith("IO failed: morvanta-hdiutil: create failed - the backup could not be read back"),
                  qPrintable(error));
@@ -421,15 +415,6 @@ private slots:
     }
 
 private:
-    template <typename Operation>
-    static QString thrownBy(VaultManager& vault, Operation operation) {
-        try {
-            std::invoke(operation, vault);
-        } catch (const VaultError& error) {
-            return error.errorDescription();
-        }
-        return QStringLiteral("<nothing thrown>");
-    }
 };
 
 QTEST_GUILESS_MAIN(TestVaultLifecycle)

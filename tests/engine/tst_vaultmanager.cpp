@@ -2,6 +2,7 @@
 // gives the disk-image tool, and the state it publishes after every answer.
 
 #include "engine/VaultManager.h"
+#include "support/Errors.h"
 #include "support/RecordingRunner.h"
 
 #include <QDir>
@@ -27,16 +28,7 @@ using Call = RecordingRunner::Call;
 
 const QString kMount = QStringLiteral("/run/user/1000/morvanta/MorvantaVault");
 
-QString attachPlist(const QString& mountPoint) {
-    return "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>system-entities</key>"
-           "<array><dict><key>mount-point</key><string>" +
-           mountPoint + "</string></dict></array></dict></plist>";
-}
-
-QStringList createArgs(const QString& image) {
-    return {"create", "-encryption", "AES-256", "-stdinpass", "-size", "2t", "-type",
-            "SPARSEBUNDLE", "-fs", "APFS", "-volname", "MorvantaVault", image};
-}
+using testsupport::thrownBy;
 
 QStringList attachArgs(const QString& image) {
     return {"attach", "-stdinpass", "-plist", "-nobrowse", image};
@@ -72,17 +64,6 @@ char* toString(const Published& p) {
                        .toUtf8());
 }
 
-template <typename Operation>
-VaultError thrownBy(Operation operation) {
-    try {
-        operation();
-    } catch (const VaultError& error) {
-        return error;
-    }
-    QTest::qFail("no VaultError was thrown", __FILE__, __LINE__);
-    return VaultError::notMounted();
-}
-
 } // namespace
 
 class TestVaultManager : public QObject {
@@ -102,7 +83,7 @@ class TestVaultManager : public QObject {
     }
     std::unique_ptr<VaultManager> makeUnlockedVault(const QString& password = "pw") {
         auto vault = makeVault(true);
-        m_tool.replies = {{0, attachPlist(kMount), {}}};
+        m_tool.replies = {RecordingRunner::attached(kMount)};
         vault->unlock(password);
         m_tool.calls.clear();
         return vault;
@@ -155,7 +136,7 @@ private slots:
         QFETCH(QString, password);
         auto vault = makeVault(false);
         vault->createVault(password);
-        QCOMPARE(m_tool.calls, (QList<Call>{{createArgs(image()), password}}));
+        QCOMPARE(m_tool.calls, (QList<Call>{{RecordingRunner::createArgs(image()), password}}));
         // Creating does not unlock.
         QCOMPARE(published(*vault), (Published{false, {}, false}));
     }
@@ -188,7 +169,7 @@ private slots:
         };
         auto vault = makeVault(true);
         QCOMPARE(refused([&] { vault->unlock(password); }), !usable);
-        m_tool.replies = {{0, attachPlist(kMount), {}}};
+        m_tool.replies = {RecordingRunner::attached(kMount)};
         vault->unlock("pw");
         QCOMPARE(refused([&] { vault->changePassword("pw", password); }), !usable);
         QCOMPARE(vault->isUnlocked(), !usable);
@@ -215,7 +196,7 @@ private slots:
         QSignalSpy unlockedSpy(vault.get(), &VaultManager::isUnlockedChanged);
         QSignalSpy mountSpy(vault.get(), &VaultManager::mountPointChanged);
         const QString password = QString::fromUtf8("  späce ");
-        m_tool.replies = {{0, attachPlist(kMount), {}}};
+        m_tool.replies = {RecordingRunner::attached(kMount)};
 
         vault->unlock(password);
 
@@ -237,7 +218,7 @@ private slots:
                                       << "Could not start";
         QTest::newRow("no property list") << HDIUtilResult{0, "mounted!", ""}
                                           << "Could not determine mount point.";
-        QTest::newRow("no mount point") << HDIUtilResult{0, attachPlist(""), ""}
+        QTest::newRow("no mount point") << RecordingRunner::attached("")
                                         << "Could not determine mount point.";
     }
     void unlockFailuresLeaveTheVaultLocked() {
@@ -247,7 +228,7 @@ private slots:
         QSignalSpy unlockedSpy(vault.get(), &VaultManager::isUnlockedChanged);
         m_tool.replies = {reply};
 
-        const VaultError error = thrownBy([&] { vault->unlock("pw"); });
+        const VaultError error = thrownBy([&] { vault->unlock("pw"); }).value();
 
         QCOMPARE(error, VaultError::mountFailed(payload));
         QCOMPARE(error.errorDescription(), "Authentication failed.");
@@ -322,7 +303,7 @@ private slots:
         auto vault = makeUnlockedVault(QString::fromUtf8("old pä"));
         QSignalSpy unlockedSpy(vault.get(), &VaultManager::isUnlockedChanged);
         const QString newMount = kMount + " 1";
-        m_tool.replies = {{0, {}, {}}, {0, {}, {}}, {0, attachPlist(newMount), {}}};
+        m_tool.replies = {{0, {}, {}}, {0, {}, {}}, RecordingRunner::attached(newMount)};
 
         vault->changePassword(QString::fromUtf8("old pä"), "new");
 
@@ -359,7 +340,7 @@ private slots:
         QTest::addColumn<QString>("passwordAfter");
 
         const HDIUtilResult ok{0, {}, {}};
-        const HDIUtilResult attached{0, attachPlist(kMount), {}};
+        const HDIUtilResult attached = RecordingRunner::attached(kMount);
         const HDIUtilResult badAttach{1, {}, "Password incorrect."};
         QTest::newRow("detach fails even forced")
             << QList<HDIUtilResult>{{1, {}, "busy"}, {1, "still busy", ""}}
@@ -398,7 +379,7 @@ private slots:
     void idleTimerLocksWhenItFires() {
         auto vault = makeVault(true);
         vault->setIdleTimeoutSeconds(0.05);
-        m_tool.replies = {{0, attachPlist(kMount), {}}};
+        m_tool.replies = {RecordingRunner::attached(kMount)};
         vault->unlock("pw");
         QVERIFY(idleLockPending(*vault));
         QTRY_VERIFY(!vault->isUnlocked());
@@ -409,7 +390,7 @@ private slots:
     void idleTimerOffMeansNoTimer() {
         auto vault = makeVault(true);
         vault->setIdleTimeoutSeconds(0);
-        m_tool.replies = {{0, attachPlist(kMount), {}}};
+        m_tool.replies = {RecordingRunner::attached(kMount)};
         vault->unlock("pw");
         QVERIFY(!VaultManagerTestAccess::idleTimer(*vault));
         vault->setIdleTimeoutSeconds(-5);

@@ -6,6 +6,7 @@
 #include "platform/hdiutil/Password.h"
 #include "platform/hdiutil/ToolCommand.h"
 #include "support/FuseHarness.h"
+#include "support/RecordingRunner.h"
 #include "support/Trees.h"
 
 #include "engine/HDIUtil.h"
@@ -38,11 +39,6 @@ platform::ProcessResult tool(const QStringList& args, std::optional<std::string_
     return platform::runProcess(program.toStdString(), toStd(args), input);
 }
 
-QStringList createArgs(const QString& image, const QString& volume = "MorvantaVault") {
-    return {"create", "-encryption", "AES-256", "-stdinpass", "-size", "2t", "-type",
-            "SPARSEBUNDLE", "-fs", "APFS", "-volname", volume, image};
-}
-
 QString attachedAt(const platform::ProcessResult& run) {
     return parseMountPoint(QString::fromStdString(run.out)).value_or(QString());
 }
@@ -55,18 +51,6 @@ QString mountInfoLine(const QString& mountPoint) {
             return QString::fromUtf8(line);
     }
     return {};
-}
-
-// The gocryptfs processes whose arguments name the vault folder by its name.
-QStringList gocryptfsProcessesOn(const QString& image) {
-    QStringList pids;
-    for (const QString& pid : QDir("/proc").entryList(QDir::Dirs)) {
-        const QByteArray cmdline = testsupport::readFile("/proc/" + pid + "/cmdline");
-        if (cmdline.startsWith("/usr/bin/gocryptfs") &&
-            cmdline.contains(QFile::encodeName(QFileInfo(image).fileName())))
-            pids.append(pid);
-    }
-    return pids;
 }
 
 // A literal's bytes, NULs included, without the one that ends it.
@@ -199,7 +183,7 @@ private slots:
         startFuseTest();
         QFETCH(QByteArray, password);
         QFETCH(QString, reason);
-        const auto run = tool(createArgs(image()), password.toStdString());
+        const auto run = tool(RecordingRunner::createArgs(image()), password.toStdString());
         QCOMPARE(run.status, 1);
         QVERIFY2(QString::fromStdString(run.err).contains(reason), run.err.c_str());
         QVERIFY(!QFileInfo::exists(image()));
@@ -208,7 +192,7 @@ private slots:
     void attachesPrivatelyAndAnswersWithAPropertyList() {
         REQUIRE_FUSE();
         startFuseTest();
-        QCOMPARE(tool(createArgs(image()), "pw").status, 0);
+        QCOMPARE(tool(RecordingRunner::createArgs(image()), "pw").status, 0);
         QCOMPARE(modeOf(image()), mode_t(0700));
 
         const auto run = tool({"attach", "-stdinpass", "-plist", "-nobrowse", image()}, "pw");
@@ -248,7 +232,7 @@ private slots:
         REQUIRE_FUSE();
         startFuseTest();
         for (const QString& name : QStringList{"one.gocryptfs", "two.gocryptfs"})
-            QCOMPARE(tool(createArgs(image(name)), "pw").status, 0);
+            QCOMPARE(tool(RecordingRunner::createArgs(image(name)), "pw").status, 0);
         const QString first = attachedAt(tool({"attach", "-stdinpass", "-plist", image("one.gocryptfs")}, "pw"));
         const QString second = attachedAt(tool({"attach", "-stdinpass", "-plist", image("two.gocryptfs")}, "pw"));
         QCOMPARE(QFileInfo(first).fileName(), "MorvantaVault");
@@ -260,7 +244,7 @@ private slots:
     void aWrongPasswordLeavesNothingBehind() {
         REQUIRE_FUSE();
         startFuseTest();
-        QCOMPARE(tool(createArgs(image()), "right").status, 0);
+        QCOMPARE(tool(RecordingRunner::createArgs(image()), "right").status, 0);
         const auto run = tool({"attach", "-stdinpass", "-plist", image()}, "wrong");
         QCOMPARE(run.status, 1);
         QVERIFY2(QString::fromStdString(run.err).contains("Password incorrect"), run.err.c_str());
@@ -288,7 +272,7 @@ private slots:
         QVERIFY(tool({"detach", m_dir->path()}).err.find("not attached") != std::string::npos);
         // A name of its own, so that its processes are told apart from any other test's.
         const QString vault = image(QFileInfo(m_dir->path()).fileName() + ".gocryptfs");
-        QCOMPARE(tool(createArgs(vault), "pw").status, 0);
+        QCOMPARE(tool(RecordingRunner::createArgs(vault), "pw").status, 0);
         QDir().mkpath(m_dir->filePath("manual"));
         // Started beside the vault, with relative paths, as a person would type them.
         QProcess byHand;
@@ -307,22 +291,22 @@ private slots:
             byHand.closeWriteChannel();
             QTRY_VERIFY(mountEntryAt(m_dir->filePath("manual")));
         }
-        const QStringList processes = gocryptfsProcessesOn(vault);
+        const QList<int> processes = testsupport::gocryptfsDaemonsServing(QFileInfo(vault).fileName());
 
         const auto run = tool({"attach", "-stdinpass", "-plist", vault}, "pw");
         QCOMPARE(run.status, 1);
         QVERIFY2(QString::fromStdString(run.err).contains(reason), run.err.c_str());
         QCOMPARE(testsupport::mountsBelow(m_runtime->path()), QStringList());
-        QCOMPARE(gocryptfsProcessesOn(vault), processes);
+        QCOMPARE(testsupport::gocryptfsDaemonsServing(QFileInfo(vault).fileName()), processes);
         const auto detach = tool({"detach", "-force", m_dir->filePath("manual")});
         QVERIFY2(detach.status == 1 && !detach.err.empty(), detach.err.c_str());
-        QCOMPARE(gocryptfsProcessesOn(vault), processes);
+        QCOMPARE(testsupport::gocryptfsDaemonsServing(QFileInfo(vault).fileName()), processes);
     }
 
     void onlyAForcedDetachTakesABusyVault() {
         REQUIRE_FUSE();
         startFuseTest();
-        QCOMPARE(tool(createArgs(image()), "pw").status, 0);
+        QCOMPARE(tool(RecordingRunner::createArgs(image()), "pw").status, 0);
         const QString mount = attachedAt(tool({"attach", "-stdinpass", "-plist", image()}, "pw"));
         const int fd = ::open(QFile::encodeName(mount + "/held.txt"), O_RDWR | O_CREAT, 0600);
         QVERIFY(fd >= 0);
@@ -371,7 +355,7 @@ private slots:
         QFETCH(QByteArray, input);
         QFETCH(QString, reason);
         QFETCH(QByteArray, opens);
-        QCOMPARE(tool(createArgs(image()), "old").status, 0);
+        QCOMPARE(tool(RecordingRunner::createArgs(image()), "old").status, 0);
         // A re-key interrupted earlier leaves this behind; it must not block the next one.
         QVERIFY(QFile(image() + "/gocryptfs.conf.tmp").open(QIODevice::WriteOnly));
 
@@ -406,7 +390,7 @@ private slots:
         QFETCH(QStringList, paths);
         QFETCH(QString, reason);
         const QString source = paths[0], destination = paths[1];
-        QCOMPARE(tool(createArgs(image()), "pw").status, 0);
+        QCOMPARE(tool(RecordingRunner::createArgs(image()), "pw").status, 0);
         const QString mount = attachedAt(tool({"attach", "-stdinpass", "-plist", image()}, "pw"));
         QFile(mount + "/a.txt").open(QIODevice::WriteOnly);
         auto copy = [&](const QString& from, const QString& to, bool ov) {

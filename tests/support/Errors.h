@@ -3,17 +3,24 @@
 #include "engine/VaultError.h"
 
 #include <functional>
+#include <optional>
 
 namespace testsupport {
 
-// The text of the VaultError an operation throws, or "<no error>".
-inline QString errorOf(const std::function<void()>& operation) {
+// The VaultError an operation throws, if any.
+inline std::optional<VaultError> thrownBy(const std::function<void()>& operation) {
     try {
         operation();
     } catch (const VaultError& error) {
-        return error.errorDescription();
+        return error;
     }
-    return QStringLiteral("<no error>");
+    return std::nullopt;
+}
+
+// Its text, or "<no error>".
+inline QString errorOf(const std::function<void()>& operation) {
+    const std::optional<VaultError> error = thrownBy(operation);
+    return error ? error->errorDescription() : QStringLiteral("<no error>");
 }
 
 } // namespace testsupport

@@ -9,6 +9,7 @@
 #include <QFileInfo>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace testsupport {
@@ -99,15 +100,36 @@ QStringList processesHolding(const QByteArray& secret) {
     return hits;
 }
 
+QList<int> gocryptfsDaemonsServing(const QString& path) {
+    QList<int> pids;
+    for (const QString& pid : QDir("/proc").entryList(QDir::Dirs)) {
+        QFile cmdline("/proc/" + pid + "/cmdline");
+        if (pid.toInt() > 0 && cmdline.open(QIODevice::ReadOnly)) {
+            const QByteArray line = cmdline.readAll();
+            if (line.startsWith("/usr/bin/gocryptfs") && line.contains(QFile::encodeName(path)))
+                pids.append(pid.toInt());
+        }
+    }
+    return pids;
+}
+
 QStringList filesHolding(const QString& folder, const QByteArray& secret) {
     QStringList hits;
-    QDirIterator it(folder, QDir::Files | QDir::Hidden | QDir::System | QDir::NoSymLinks,
-                    QDirIterator::Subdirectories);
+    QDirIterator it(folder, QDir::Files | QDir::Hidden | QDir::NoSymLinks, QDirIterator::Subdirectories);
     while (it.hasNext()) {
         const QString path = it.next();
-        QFile file(path);
-        if (file.open(QIODevice::ReadOnly) && file.readAll().contains(secret))
-            hits.append(path);
+        // Regular files only, opened so that nothing can block: a FIFO anywhere would
+        // otherwise hang the scan.
+        const int fd = ::open(QFile::encodeName(path), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC);
+        struct stat info {};
+        QFile file;
+        if (fd >= 0 && ::fstat(fd, &info) == 0 && S_ISREG(info.st_mode) &&
+            file.open(fd, QIODevice::ReadOnly, QFile::AutoCloseHandle)) {
+            if (file.readAll().contains(secret))
+                hits.append(path);
+        } else if (fd >= 0) {
+            ::close(fd);
+        }
     }
     return hits;
 }

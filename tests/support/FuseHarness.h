@@ -38,6 +38,9 @@ private:
 // Mount points currently in the mount table below `folder`.
 QStringList mountsBelow(const QString& folder);
 
+// The gocryptfs daemons whose arguments name `path` (a vault, or a folder holding vaults).
+QList<int> gocryptfsDaemonsServing(const QString& path);
+
 // Processes whose command line or environment holds `secret`.
 QStringList processesHolding(const QByteArray& secret);
 // Files below `folder` whose bytes hold `secret`.

@@ -30,6 +30,20 @@ struct RecordingRunner {
         };
     }
 
+    // The tool's answer to an attach that mounted at `mountPoint`.
+    static HDIUtilResult attached(const QString& mountPoint) {
+        return {0,
+                "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>system-entities</key>"
+                "<array><dict><key>mount-point</key><string>" + mountPoint +
+                    "</string></dict></array></dict></plist>",
+                {}};
+    }
+    // The argument list that creates a vault.
+    static QStringList createArgs(const QString& image, const QString& volume = "MorvantaVault") {
+        return {"create", "-encryption", "AES-256", "-stdinpass", "-size", "2t", "-type",
+                "SPARSEBUNDLE", "-fs", "APFS", "-volname", volume, image};
+    }
+
     QList<QStringList> argLists() const {
         QList<QStringList> lists;
         for (const Call& call : calls)
