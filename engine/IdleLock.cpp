@@ -41,6 +41,12 @@ void VaultManager::restartIdleTimer() {
     m_idleTimer = timer;
 }
 
+QDeadlineTimer VaultManager::idleLockDeadline() const {
+    if (!m_idleTimer || !m_idleTimer->isActive())
+        return QDeadlineTimer(QDeadlineTimer::Forever);
+    return QDeadlineTimer(m_idleTimer->remainingTime());
+}
+
 void VaultManager::stopIdleTimer() {
     if (QThread::currentThread() != thread()) {
         publish([this] { stopIdleTimer(); });

@@ -8,6 +8,7 @@
 
 #include <QList>
 #include <QMap>
+#include <QDeadlineTimer>
 #include <QObject>
 #include <QPointer>
 #include <QString>
@@ -75,6 +76,8 @@ public:
     // Counts the full idle delay again from now; with a delay of 0 or less, no automatic
     // lock is pending. Called after every vault action.
     Q_INVOKABLE void restartIdleTimer();
+    // When the automatic lock is due; never, while none is pending.
+    QDeadlineTimer idleLockDeadline() const;
     // --- work off the window's thread (engine/BackgroundWork.cpp) ---
 
     // Runs `work` on a worker thread, one piece of work at a time. `done` runs back on this
