@@ -403,17 +403,6 @@ private slots:
         QVERIFY2(!recent.contains("Holiday") && recent.contains("public.jpg"), recent.constData());
     }
 
-    void idleVaultLocksByItself() {
-        auto vault = makeVault();
-        vault->createVault("pw");
-        vault->setIdleTimeoutSeconds(0.2);
-        vault->unlock("pw");
-        const QString mount = mountPath(*vault);
-        QTRY_VERIFY(!vault->isUnlocked());
-        QVERIFY(testsupport::mountsBelow(m_runtime->path()).isEmpty());
-        QVERIFY(!QFileInfo::exists(mount));
-    }
-
 private:
 };
 

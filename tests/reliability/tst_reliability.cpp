@@ -168,21 +168,6 @@ private slots:
         QVERIFY(!vault->isUnlocked());
     }
 
-    void aFileHeldOpenDoesNotStopTheAutomaticLock() {
-        auto vault = newUnlockedVault();
-        QFile open(root(*vault) + "/open.txt");
-        QVERIFY(open.open(QIODevice::WriteOnly));
-        QVERIFY(open.write("busy") == 4 && open.flush());
-        vault->setIdleTimeoutSeconds(0.1);
-        vault->restartIdleTimer();
-        QTRY_VERIFY(!vault->isUnlocked());
-        QVERIFY(testsupport::mountsBelow(m_runtime->path()).isEmpty());
-        open.close();
-        vault->unlock("pw");
-        QCOMPARE(readFile(root(*vault) + "/open.txt"), QByteArray("busy"));
-        vault->lock();
-    }
-
     void aFullFileSystemDuringABackupKeepsTheOldOne() {
         requireRoot("needs root to mount a small file system");
         auto vault = newUnlockedVault();
@@ -268,27 +253,6 @@ private slots:
         auto restarted = startApp();
         QVERIFY(!restarted->isUnlocked());
         QVERIFY(testsupport::mountsBelow(m_runtime->path()).isEmpty());
-    }
-
-    void theAppKilledDuringAnAddLosesNothing() {
-        // Killed at several moments of copying, removing and recording.
-        for (const int delay : {20, 80, 200, 400, 800}) {
-            cleanup();
-            init();
-            newUnlockedVault()->lock();
-            const QString folder = home("Photos");
-            for (int i = 0; i < 60; ++i) {
-                QDir().mkpath(folder + QStringLiteral("/%1").arg(i % 6));
-                QVERIFY(writeFile(folder + QStringLiteral("/%1/img-%2.raw").arg(i % 6).arg(i),
-                                  QByteArray(96 * 1024, char('a' + i % 26)) + QByteArray::number(i)));
-            }
-            const auto files = filesBelow(folder);
-            auto driver = startDriver({"add", folder});
-            QVERIFY(driver);
-            QThread::msleep(delay);
-            kill(*driver);
-            verifyNothingLost(folder, files);
-        }
     }
 
     void aTerminationSignalDuringAnAddLocksAndLosesNothing() {
