@@ -1,0 +1,72 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import Morvanta.LockScreens
+import Morvanta.Browser
+
+// The settings menu under the gear: backup, the password, the auto-lock and the disguise.
+BrowserMenu {
+    id: gearMenu
+
+    required property VaultBrowser browser
+
+    objectName: "gearMenu"
+
+    BrowserMenuItem {
+        objectName: "gear.backup"
+        text: "Back Up Vault\u2026"
+        symbol: "externaldrive.fill.badge.checkmark"
+        onTriggered: gearMenu.browser.backupVault()
+    }
+    BrowserMenuItem {
+        objectName: "gear.changePassword"
+        text: "Change Password..."
+        symbol: "key.fill"
+        onTriggered: gearMenu.browser.showPasswordChange = true
+    }
+    MenuDivider {}
+    MenuSectionTitle {
+        text: "Auto-lock"
+    }
+    BrowserMenuItem {
+        objectName: "gear.idle1"
+        text: "1 minute"
+        onTriggered: gearMenu.browser.setIdle(1)
+    }
+    BrowserMenuItem {
+        objectName: "gear.idle5"
+        text: "5 minutes"
+        onTriggered: gearMenu.browser.setIdle(5)
+    }
+    BrowserMenuItem {
+        objectName: "gear.idle15"
+        text: "15 minutes"
+        onTriggered: gearMenu.browser.setIdle(15)
+    }
+    BrowserMenuItem {
+        objectName: "gear.idleNever"
+        text: "Never"
+        onTriggered: gearMenu.browser.setIdle(0)
+    }
+    MenuDivider {}
+    MenuSectionTitle {
+        text: "Disguise"
+    }
+    BrowserMenuItem {
+        objectName: "gear.disguise.none"
+        text: gearMenu.browser.disguiseChoices[0].label
+        showsCheckmark: gearMenu.browser.disguiseChoices[0].checked
+        onTriggered: gearMenu.browser.chooseDisguise(gearMenu.browser.disguiseChoices[0].raw)
+    }
+    BrowserMenuItem {
+        objectName: "gear.disguise.neutral"
+        text: gearMenu.browser.disguiseChoices[1].label
+        showsCheckmark: gearMenu.browser.disguiseChoices[1].checked
+        onTriggered: gearMenu.browser.chooseDisguise(gearMenu.browser.disguiseChoices[1].raw)
+    }
+    BrowserMenuItem {
+        objectName: "gear.disguise.math"
+        text: gearMenu.browser.disguiseChoices[2].label
+        showsCheckmark: gearMenu.browser.disguiseChoices[2].checked
+        onTriggered: gearMenu.browser.chooseDisguise(gearMenu.browser.disguiseChoices[2].raw)
+    }
+}
