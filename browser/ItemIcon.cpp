@@ -3,6 +3,7 @@
 #include "lockscreens/SymbolIcon.h"
 #include "platform/Workspace.h"
 
+#include <QFileInfo>
 #include <QPainter>
 #include <QQuickWindow>
 
@@ -15,6 +16,7 @@ void ItemIcon::setPath(const QString& path) {
         return;
     m_path = path;
     m_icon = path.isEmpty() ? QIcon() : platform::Workspace::iconFor(path);
+    m_isFolder = !path.isEmpty() && QFileInfo(path).isDir();
     emit pathChanged();
     update();
 }
@@ -38,6 +40,6 @@ void ItemIcon::paint(QPainter* painter) {
     }
     const qreal dpr = window() ? window()->effectiveDevicePixelRatio() : 1.0;
     const QImage symbol =
-        SymbolIcon::render(QStringLiteral("doc"), m_fallbackColor, (frame.size() * dpr).toSize());
+        SymbolIcon::render(m_isFolder ? QStringLiteral("folder") : QStringLiteral("doc"), m_fallbackColor, (frame.size() * dpr).toSize());
     painter->drawImage(frame, symbol);
 }

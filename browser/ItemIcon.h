@@ -7,7 +7,7 @@
 #include <QtQml/qqmlregistration.h>
 
 // The desktop's icon for a file or folder, as its file manager shows it; the app's own
-// document symbol when the icon theme has none for it.
+// folder or document symbol when the icon theme has none for it.
 class ItemIcon : public QQuickPaintedItem {
     Q_OBJECT
     QML_ELEMENT
@@ -35,5 +35,6 @@ signals:
 private:
     QString m_path;
     QIcon m_icon;
+    bool m_isFolder = false;
     QColor m_fallbackColor = Qt::white;
 };

@@ -9,9 +9,9 @@ namespace platform {
 
 namespace {
 
-// Without a desktop (a bare window manager, or offscreen) Qt knows no icon theme and looks
-// for icons nowhere but in its resources. Then the freedesktop folders are searched, with
-// Adwaita, which the application depends on, behind the base theme.
+// Without a desktop (a bare window manager, or offscreen) Qt knows no icon theme, or only
+// hicolor, which holds no icons for file types or folders. Then the freedesktop folders are
+// searched, with Adwaita, which the application depends on, behind the desktop's theme.
 void ensureIconTheme() {
     static const bool done = [] {
         QStringList paths = QIcon::themeSearchPaths();
@@ -22,10 +22,12 @@ void ensureIconTheme() {
                 paths.append(icons);
         }
         QIcon::setThemeSearchPaths(paths);
-        if (QIcon::themeName().isEmpty())
-            QIcon::setThemeName(QStringLiteral("hicolor"));
-        if (QIcon::fallbackThemeName().isEmpty())
-            QIcon::setFallbackThemeName(QStringLiteral("Adwaita"));
+        const QString adwaita = QStringLiteral("Adwaita");
+        const QString hicolor = QStringLiteral("hicolor");
+        if (QIcon::themeName().isEmpty() || QIcon::themeName() == hicolor)
+            QIcon::setThemeName(adwaita);
+        if (QIcon::fallbackThemeName().isEmpty() || QIcon::fallbackThemeName() == hicolor)
+            QIcon::setFallbackThemeName(adwaita);
         return true;
     }();
     Q_UNUSED(done);
@@ -41,8 +43,16 @@ bool Workspace::open(const QUrl& url) {
 
 QIcon Workspace::iconFor(const QString& path) {
     ensureIconTheme();
-    static const QMimeDatabase mimeTypes;
     const QFileInfo info(path);
+    // Every folder is a folder, whatever its name suggests ("Photos.album").
+    if (info.isDir()) {
+        for (const QString& name : {QStringLiteral("folder"), QStringLiteral("inode-directory")}) {
+            if (QIcon::hasThemeIcon(name))
+                return QIcon::fromTheme(name);
+        }
+        return {};
+    }
+    static const QMimeDatabase mimeTypes;
     // A link is shown as what it points to, like the file manager does; a broken one as a
     // link.
     const QMimeType type = info.isSymLink() && !info.exists()
@@ -52,9 +62,6 @@ QIcon Workspace::iconFor(const QString& path) {
         if (!name.isEmpty() && QIcon::hasThemeIcon(name))
             return QIcon::fromTheme(name);
     }
-    // Every folder is a folder, whatever its name suggests.
-    if (info.isDir() && QIcon::hasThemeIcon(QStringLiteral("folder")))
-        return QIcon::fromTheme(QStringLiteral("folder"));
     return {};
 }
 
