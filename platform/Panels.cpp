@@ -1,17 +1,22 @@
 #include "Panels.h"
 
 #include <QApplication>
+#include <QDialogButtonBox>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QGridLayout>
+#include <QLabel>
 #include <QMimeDatabase>
+#include <QPointer>
+#include <QPushButton>
 
 namespace platform {
 
 namespace {
 
 // Files and folders in one pick: no desktop's own chooser offers both at once, so Qt's own
-// dialog is used, accepting a selected folder instead of opening it. Double-clicking a
-// folder still opens it.
+// dialog is used, accepting the selected files and folders as they are. Double-clicking a
+// folder, or Return on it in the list, still opens it.
 class FilesAndFoldersDialog : public QFileDialog {
 public:
     using QFileDialog::QFileDialog;
@@ -26,7 +31,55 @@ public:
         }
         QDialog::accept();
     }
+
+    // Qt's dialog renames its button "Open" while a folder is selected, as its own accept
+    // would go into the folder; this one takes it, so the button keeps saying what it does.
+    void keepAcceptLabel() {
+        auto* buttons = findChild<QDialogButtonBox*>();
+        m_accept = buttons ? buttons->button(QDialogButtonBox::Open) : nullptr;
+        if (m_accept)
+            m_accept->installEventFilter(this);
+    }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (watched == m_accept && event->type() == QEvent::Paint) {
+            const QString label = labelText(QFileDialog::Accept);
+            if (m_accept->text() != label)
+                m_accept->setText(label);
+        }
+        return QFileDialog::eventFilter(watched, event);
+    }
+
+private:
+    QPointer<QPushButton> m_accept;
 };
+
+// Qt's own dialog has no line for a message; it gets one above everything else. The
+// desktop's own dialogs have no room for one.
+void addMessage(QFileDialog* dialog, const QString& message) {
+    auto* grid = qobject_cast<QGridLayout*>(dialog->layout());
+    if (message.isEmpty() || !grid)
+        return;
+    struct Placed {
+        QLayoutItem* item;
+        int row, column, rowSpan, columnSpan;
+    };
+    QList<Placed> placed;
+    const int columns = grid->columnCount();
+    while (grid->count() > 0) {
+        Placed p{};
+        grid->getItemPosition(0, &p.row, &p.column, &p.rowSpan, &p.columnSpan);
+        p.item = grid->takeAt(0);
+        placed.append(p);
+    }
+    auto* label = new QLabel(message, dialog);
+    label->setObjectName(QStringLiteral("panelMessage"));
+    label->setWordWrap(true);
+    grid->addWidget(label, 0, 0, 1, columns);
+    for (const Placed& p : placed)
+        grid->addItem(p.item, p.row + 1, p.column, p.rowSpan, p.columnSpan);
+}
 
 // Qt's file dialogs are widgets; without a widgets application there is nobody to ask, which
 // answers as a cancel would.
@@ -65,7 +118,8 @@ void Panels::openPanel(const OpenPanelOptions& options, QObject* owner, OpenAnsw
         return;
     }
     const bool both = options.canChooseFiles && options.canChooseDirectories;
-    QFileDialog* dialog = both ? new FilesAndFoldersDialog : new QFileDialog;
+    auto* filesAndFolders = both ? new FilesAndFoldersDialog : nullptr;
+    QFileDialog* dialog = both ? filesAndFolders : new QFileDialog;
     dialog->setWindowTitle(options.message.isEmpty() ? options.prompt : options.message);
     dialog->setLabelText(QFileDialog::Accept, options.prompt);
     dialog->setAcceptMode(QFileDialog::AcceptOpen);
@@ -90,6 +144,8 @@ void Panels::openPanel(const OpenPanelOptions& options, QObject* owner, OpenAnsw
             answered(urls.isEmpty() ? std::nullopt : std::optional(urls));
         },
         [answered] { answered(std::nullopt); });
+    if (filesAndFolders)
+        filesAndFolders->keepAcceptLabel();
 }
 
 void Panels::savePanel(const SavePanelOptions& options, QObject* owner, SaveAnswer answered) {
@@ -116,6 +172,7 @@ void Panels::savePanel(const SavePanelOptions& options, QObject* owner, SaveAnsw
             answered(urls.isEmpty() ? std::nullopt : std::optional(urls.first()));
         },
         [answered] { answered(std::nullopt); });
+    addMessage(dialog, options.message);
 }
 
 } // namespace platform

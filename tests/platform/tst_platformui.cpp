@@ -6,10 +6,14 @@
 #include "support/Trees.h"
 
 #include <QApplication>
+#include <QDialogButtonBox>
 #include <QDir>
 #include <QFileDialog>
 #include <QImage>
+#include <QLabel>
+#include <QListView>
 #include <QPainter>
+#include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -91,7 +95,8 @@ class TestPlatformUi : public QObject {
     Q_OBJECT
 
 private slots:
-    // Files and folders in one pick: a selected folder is taken, not opened.
+    // Files and folders in one pick: a selected folder is taken, not opened, and the button
+    // says so.
     void addPanelTakesFilesAndFolders() {
         QTemporaryDir dir;
         QDir().mkpath(dir.filePath("Photos"));
@@ -100,9 +105,16 @@ private slots:
         QString acceptLabel;
         QFileDialog::FileMode mode = QFileDialog::AnyFile;
         whenDialogShows([&](QFileDialog* dialog) {
-            acceptLabel = dialog->labelText(QFileDialog::Accept);
             mode = dialog->fileMode();
             pick(dialog, dir.filePath("Photos"));
+            // Chosen in the list as a click chooses it, which Qt's dialog answers with "Open".
+            auto* list = dialog->findChild<QListView*>("listView");
+            QTest::mouseClick(list->viewport(), Qt::LeftButton, {},
+                              list->visualRect(list->currentIndex()).center());
+            QPushButton* accept =
+                dialog->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Open);
+            QTest::qWaitFor([&] { return accept->text() == "Add to Vault"; }, 500);
+            acceptLabel = accept->text();
             QMetaObject::invokeMethod(dialog, "accept");
         });
         const auto chosen = openAnswer(panels, {.canChooseFiles = true,
@@ -156,11 +168,13 @@ private slots:
         QTemporaryDir dir;
         platform::Panels panels;
         QString title;
+        QString message;
         QString proposed;
         QStringList filters;
         whenDialogShows([&](QFileDialog* dialog) {
             title = dialog->windowTitle();
             filters = dialog->nameFilters();
+            message = dialog->findChild<QLabel*>("panelMessage")->text();
             dialog->setDirectory(dir.path());
             proposed = dialog->selectedFiles().value(0);
             QMetaObject::invokeMethod(dialog, "accept");
@@ -172,6 +186,7 @@ private slots:
                                  .nameFieldStringValue = "MorvantaVault-Backup.7z",
                                  .allowedContentTypes = {"application/x-7z-compressed"}});
         QCOMPARE(title, "Back Up Vault");
+        QCOMPARE(message, "Save an encrypted backup of your vault.");
         QVERIFY2(proposed.endsWith("/MorvantaVault-Backup.7z"), qPrintable(proposed));
         QCOMPARE(filters.size(), 1);
         QVERIFY2(filters.first().contains("*.7z"), qPrintable(filters.first()));
@@ -179,20 +194,25 @@ private slots:
         QCOMPARE(destination->fileName(), "MorvantaVault-Backup.7z");
     }
 
-    // Icons come from the icon theme by type and draw something even without a desktop.
+    // Icons come from the icon theme by type and draw something even without a desktop, also
+    // where the platform names only hicolor, which has no icons for types or folders.
     void itemIconsComeFromTheIconTheme() {
+        QIcon::setThemeName({});
+        QIcon::setFallbackThemeName("hicolor");
         QTemporaryDir dir;
         testsupport::writeFile(dir.filePath("Taxes.pdf"), "%PDF-1.4\n");
         testsupport::writeFile(dir.filePath("notes.txt"), "notes");
         testsupport::writeFile(dir.filePath("unknown.zzz9"), QByteArray(64, '\x01'));
         QDir().mkpath(dir.filePath("Photos"));
+        QDir().mkpath(dir.filePath("Photos.album"));
         for (const char* name : {"Taxes.pdf", "notes.txt", "unknown.zzz9", "Photos"}) {
             const QIcon icon = platform::Workspace::iconFor(dir.filePath(name));
             QVERIFY2(!icon.isNull(), qPrintable(name));
             QVERIFY2(inkedPixels(icon) > 100, qPrintable(name));
         }
-        QVERIFY(platform::Workspace::iconFor(dir.filePath("Photos")).name() !=
-                platform::Workspace::iconFor(dir.filePath("notes.txt")).name());
+        const QString folder = platform::Workspace::iconFor(dir.filePath("Photos")).name();
+        QVERIFY(folder != platform::Workspace::iconFor(dir.filePath("notes.txt")).name());
+        QCOMPARE(platform::Workspace::iconFor(dir.filePath("Photos.album")).name(), folder);
     }
 };
 
