@@ -23,6 +23,7 @@ RowLayout {
         text: "Add to Vault"
         font.pixelSize: 13
         font.weight: Font.DemiBold
+        Accessible.onPressAction: clicked()
         onClicked: bar.browser.addItem()
         contentItem: RowLayout {
             spacing: 7
@@ -45,6 +46,7 @@ RowLayout {
             border.width: 1
             border.color: Qt.rgba(Theme.gold.r, Theme.gold.g, Theme.gold.b, 0.38)
         }
+        FocusRing {}
     }
     Button {
         id: actionsButton
@@ -56,6 +58,9 @@ RowLayout {
         opacity: enabled ? 1 : 0.4
         hoverEnabled: true
         text: "Actions"
+        font.pixelSize: 13
+        font.weight: Font.Medium
+        Accessible.onPressAction: clicked()
         onClicked: bar.actionsRequested(actionsButton)
         contentItem: RowLayout {
             spacing: 6
@@ -67,9 +72,8 @@ RowLayout {
             }
             Label {
                 text: actionsButton.text
+                font: actionsButton.font
                 color: "white"
-                font.pixelSize: 13
-                font.weight: Font.Medium
             }
         }
         background: Rectangle {
@@ -78,6 +82,7 @@ RowLayout {
                                       : actionsButton.hovered ? Qt.rgba(1, 1, 1, 0.07)
                                                               : "transparent"
         }
+        FocusRing {}
     }
     Item {
         Layout.fillWidth: true

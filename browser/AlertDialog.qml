@@ -16,6 +16,8 @@ Dialog {
     property bool destructive: false
     property bool confirmEnabled: true
     default property alias extra: extraColumn.data
+    // Where the keyboard starts once it opens: Cancel, which is always safe.
+    property Item initialFocus: cancelButton
     signal confirmed
 
     parent: T.Overlay.overlay
@@ -29,6 +31,7 @@ Dialog {
     bottomPadding: 18
     enter: null
     exit: null
+    onOpened: initialFocus.forceActiveFocus(Qt.TabFocusReason)
 
     T.Overlay.modal: Rectangle {
         color: Qt.rgba(0.01, 0.01, 0.04, 0.55)
@@ -91,6 +94,7 @@ Dialog {
                 Layout.fillWidth: true
             }
             DialogButton {
+                id: cancelButton
                 objectName: dialog.objectName + "Cancel"
                 text: "Cancel"
                 onClicked: dialog.reject()

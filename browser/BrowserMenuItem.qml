@@ -4,13 +4,15 @@ import QtQuick.Layouts
 import Morvanta.LockScreens
 import Morvanta.Browser
 
-// One entry of the browser's menus: a symbol, the title, and a check mark when chosen.
+// One entry of the browser's menus: a symbol, the title, and a check mark when chosen. An
+// entry that is one of a set of `choice`s is checkable, and checked while its mark shows.
 MenuItem {
     id: item
 
     property string symbol
     property bool destructive: false
     property bool showsCheckmark: false
+    property bool choice: false
 
     readonly property color ink: !enabled ? Theme.faintText
                                           : destructive ? Theme.warning : Theme.text
@@ -22,6 +24,11 @@ MenuItem {
     font.pixelSize: 13
     indicator: null
     arrow: null
+    checkable: choice
+    checked: showsCheckmark
+    // What is chosen is decided by the choice made, not by the click itself.
+    onToggled: checked = Qt.binding(function () { return item.showsCheckmark })
+    Accessible.onPressAction: clicked()
 
     contentItem: RowLayout {
         spacing: 9
@@ -48,6 +55,15 @@ MenuItem {
             name: "checkmark"
             color: Theme.gold
         }
+    }
+
+    FocusRing {
+        x: 5
+        width: item.width - 10
+        height: item.height
+        control: null
+        controlRadius: 6
+        shown: item.visualFocus
     }
 
     background: Rectangle {

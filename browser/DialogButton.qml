@@ -20,6 +20,7 @@ Button {
     font.pixelSize: 13
     font.weight: prominent ? Font.DemiBold : Font.Normal
     opacity: enabled ? 1 : 0.45
+    Accessible.onPressAction: clicked()
 
     contentItem: Label {
         text: control.text
@@ -28,6 +29,8 @@ Button {
         horizontalAlignment: Text.AlignHCenter
         verticalAlignment: Text.AlignVCenter
     }
+
+    FocusRing {}
 
     background: Rectangle {
         implicitWidth: 84

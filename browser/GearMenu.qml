@@ -54,18 +54,21 @@ BrowserMenu {
     BrowserMenuItem {
         objectName: "gear.disguise.none"
         text: gearMenu.browser.disguiseChoices[0].label
+        choice: true
         showsCheckmark: gearMenu.browser.disguiseChoices[0].checked
         onTriggered: gearMenu.browser.chooseDisguise(gearMenu.browser.disguiseChoices[0].raw)
     }
     BrowserMenuItem {
         objectName: "gear.disguise.neutral"
         text: gearMenu.browser.disguiseChoices[1].label
+        choice: true
         showsCheckmark: gearMenu.browser.disguiseChoices[1].checked
         onTriggered: gearMenu.browser.chooseDisguise(gearMenu.browser.disguiseChoices[1].raw)
     }
     BrowserMenuItem {
         objectName: "gear.disguise.math"
         text: gearMenu.browser.disguiseChoices[2].label
+        choice: true
         showsCheckmark: gearMenu.browser.disguiseChoices[2].checked
         onTriggered: gearMenu.browser.chooseDisguise(gearMenu.browser.disguiseChoices[2].raw)
     }

@@ -18,6 +18,7 @@ Button {
     flat: true
     hoverEnabled: true
     Accessible.name: helpText
+    Accessible.onPressAction: clicked()
 
     ToolTip.visible: hovered && helpText !== ""
     ToolTip.delay: 600
@@ -32,6 +33,8 @@ Button {
             color: control.hovered ? Theme.text : control.ink
         }
     }
+
+    FocusRing {}
 
     background: Rectangle {
         radius: 8

@@ -37,8 +37,8 @@ ColumnLayout {
         Layout.fillWidth: true
         text: "Change Master Password"
         color: Theme.text
-        font.pixelSize: 20
-        font.weight: Font.Bold
+        font.pixelSize: 16
+        font.weight: Font.DemiBold
     }
     Label {
         Layout.fillWidth: true
@@ -55,9 +55,14 @@ ColumnLayout {
         implicitHeight: 40
         symbol: "lock.fill"
         placeholderText: "Current password"
+        Accessible.name: placeholderText
         text: form.oldPw
         onTextChanged: form.oldPw = text
         onAccepted: form.change()
+
+        FocusRing {
+            controlRadius: 10
+        }
     }
     PasswordField {
         objectName: "newPasswordField"
@@ -65,9 +70,14 @@ ColumnLayout {
         implicitHeight: 40
         symbol: "key.fill"
         placeholderText: "New password"
+        Accessible.name: placeholderText
         text: form.newPw
         onTextChanged: form.newPw = text
         onAccepted: form.change()
+
+        FocusRing {
+            controlRadius: 10
+        }
     }
     PasswordField {
         objectName: "confirmPasswordField"
@@ -75,9 +85,14 @@ ColumnLayout {
         implicitHeight: 40
         symbol: "key.fill"
         placeholderText: "Confirm new password"
+        Accessible.name: placeholderText
         text: form.confirmPw
         onTextChanged: form.confirmPw = text
         onAccepted: form.change()
+
+        FocusRing {
+            controlRadius: 10
+        }
     }
     Label {
         objectName: "passwordErrorLine"
@@ -110,7 +125,12 @@ ColumnLayout {
             text: form.buttonTitle
             busy: form.busy
             enabled: form.canChange
+            Accessible.onPressAction: clicked()
             onClicked: form.change()
+
+            FocusRing {
+                controlRadius: 10
+            }
         }
     }
 }

@@ -12,6 +12,9 @@ Dialog {
     required property VaultManager vault
 
     objectName: "passwordSheet"
+    // Its name for screen readers; the sheet shows the title itself.
+    title: "Change Master Password"
+    header: null
     parent: T.Overlay.overlay
     anchors.centerIn: parent
     width: 420

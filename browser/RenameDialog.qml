@@ -17,10 +17,8 @@ AlertDialog {
     onConfirmed: browser.commitRename()
     onRejected: browser.renameTarget = ""
     onClosed: browser.renameTarget = ""
-    onOpened: {
-        renameField.forceActiveFocus()
-        renameField.selectAll()
-    }
+    initialFocus: renameField
+    onOpened: renameField.selectAll()
 
     Label {
         text: "Name"
@@ -34,6 +32,7 @@ AlertDialog {
         Layout.fillWidth: true
         implicitHeight: 36
         placeholderText: "Name"
+        Accessible.name: "Name"
         text: dialog.browser.renameText
         onTextChanged: dialog.browser.renameText = text
         onAccepted: dialog.browser.commitRename()
@@ -51,5 +50,6 @@ AlertDialog {
             border.color: renameField.activeFocus ? Qt.rgba(Theme.gold.r, Theme.gold.g, Theme.gold.b, 0.7)
                                                   : Theme.fieldBorder
         }
+        FocusRing {}
     }
 }

@@ -36,6 +36,8 @@ RowLayout {
         implicitHeight: 32
         padding: 0
         hoverEnabled: true
+        Accessible.name: "Settings"
+        Accessible.onPressAction: clicked()
         onClicked: gearMenu.popup(gearButton, gearButton.width - gearMenu.width,
                                   gearButton.height + 4)
         contentItem: Item {
@@ -53,6 +55,7 @@ RowLayout {
             border.width: 1
             border.color: Qt.rgba(1, 1, 1, 0.16)
         }
+        FocusRing {}
 
         GearMenu {
             id: gearMenu
@@ -73,6 +76,8 @@ RowLayout {
         ToolTip.visible: hovered
         ToolTip.delay: 600
         ToolTip.text: helpText
+        Accessible.description: helpText
+        Accessible.onPressAction: clicked()
         onClicked: header.browser.lock()
         contentItem: RowLayout {
             spacing: 6
@@ -96,6 +101,9 @@ RowLayout {
                 GradientStop { position: 0; color: Qt.rgba(1.0, 0.9, 0.62, 1) }
                 GradientStop { position: 1; color: Theme.gold }
             }
+        }
+        FocusRing {
+            controlRadius: lockButton.height / 2
         }
     }
 }

@@ -238,6 +238,17 @@ private slots:
         shot("browser-gear-menu");
         closePopup();
 
+        // Where the keyboard is: the selected row, a button, a menu entry.
+        app.item("itemTable")->forceActiveFocus(Qt::TabFocusReason);
+        QTest::keyClick(app.window(), Qt::Key_Down);
+        shot("browser-focus-row");
+        app.item("gearButton")->forceActiveFocus(Qt::TabFocusReason);
+        shot("browser-focus-button");
+        QTest::keyClick(app.window(), Qt::Key_Space);
+        QTest::keyClick(app.window(), Qt::Key_Down);
+        shot("browser-focus-menu");
+        closePopup();
+
         // A failure and a success, each as the action leaves it.
         const QString clash = home.filePath("again/notes.txt");
         testsupport::writeFile(clash, "again");
