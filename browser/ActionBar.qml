@@ -23,6 +23,7 @@ RowLayout {
         text: "Add to Vault"
         font.pixelSize: 13
         font.weight: Font.DemiBold
+        Accessible.name: text
         Accessible.onPressAction: clicked()
         onClicked: bar.browser.addItem()
         contentItem: RowLayout {
@@ -60,6 +61,7 @@ RowLayout {
         text: "Actions"
         font.pixelSize: 13
         font.weight: Font.Medium
+        Accessible.name: text
         Accessible.onPressAction: clicked()
         onClicked: bar.actionsRequested(actionsButton)
         contentItem: RowLayout {

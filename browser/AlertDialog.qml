@@ -58,6 +58,9 @@ Dialog {
 
     contentItem: ColumnLayout {
         spacing: 14
+        // Named after its title, also for a screen reader started after it was made.
+        Accessible.role: Accessible.Dialog
+        Accessible.name: dialog.title
 
         Label {
             objectName: dialog.objectName + "Message"

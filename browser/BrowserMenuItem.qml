@@ -28,6 +28,9 @@ MenuItem {
     checked: showsCheckmark
     // What is chosen is decided by the choice made, not by the click itself.
     onToggled: checked = Qt.binding(function () { return item.showsCheckmark })
+    Accessible.name: text
+    Accessible.checkable: checkable
+    Accessible.checked: checked
     Accessible.onPressAction: clicked()
 
     contentItem: RowLayout {

@@ -20,6 +20,7 @@ Button {
     font.pixelSize: 13
     font.weight: prominent ? Font.DemiBold : Font.Normal
     opacity: enabled ? 1 : 0.45
+    Accessible.name: text
     Accessible.onPressAction: clicked()
 
     contentItem: Label {

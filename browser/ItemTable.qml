@@ -121,7 +121,9 @@ Rectangle {
         Accessible.role: Accessible.Table
         Accessible.name: "Vault items"
 
-        ScrollBar.vertical: ScrollBar {}
+        ScrollBar.vertical: ScrollBar {
+            Accessible.name: "Vault items"
+        }
 
         Keys.onPressed: function (event) {
             frame.handleKey(event)
@@ -137,7 +139,7 @@ Rectangle {
         }
 
         delegate: TableCell {
-            frame: frame
+            owner: frame
         }
     }
 }

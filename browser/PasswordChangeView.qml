@@ -48,51 +48,33 @@ ColumnLayout {
         color: Theme.secondaryText
         font.pixelSize: 13
     }
-    PasswordField {
+    SecretField {
         id: oldField
-        objectName: "oldPasswordField"
+        fieldName: "oldPasswordField"
         Layout.fillWidth: true
-        implicitHeight: 40
         symbol: "lock.fill"
         placeholderText: "Current password"
-        Accessible.name: placeholderText
-        text: form.oldPw
-        onTextChanged: form.oldPw = text
+        secret: form.oldPw
+        onSecretChanged: form.oldPw = secret
         onAccepted: form.change()
-
-        FocusRing {
-            controlRadius: 10
-        }
     }
-    PasswordField {
-        objectName: "newPasswordField"
+    SecretField {
+        fieldName: "newPasswordField"
         Layout.fillWidth: true
-        implicitHeight: 40
         symbol: "key.fill"
         placeholderText: "New password"
-        Accessible.name: placeholderText
-        text: form.newPw
-        onTextChanged: form.newPw = text
+        secret: form.newPw
+        onSecretChanged: form.newPw = secret
         onAccepted: form.change()
-
-        FocusRing {
-            controlRadius: 10
-        }
     }
-    PasswordField {
-        objectName: "confirmPasswordField"
+    SecretField {
+        fieldName: "confirmPasswordField"
         Layout.fillWidth: true
-        implicitHeight: 40
         symbol: "key.fill"
         placeholderText: "Confirm new password"
-        Accessible.name: placeholderText
-        text: form.confirmPw
-        onTextChanged: form.confirmPw = text
+        secret: form.confirmPw
+        onSecretChanged: form.confirmPw = secret
         onAccepted: form.change()
-
-        FocusRing {
-            controlRadius: 10
-        }
     }
     Label {
         objectName: "passwordErrorLine"
@@ -125,6 +107,7 @@ ColumnLayout {
             text: form.buttonTitle
             busy: form.busy
             enabled: form.canChange
+            Accessible.name: text
             Accessible.onPressAction: clicked()
             onClicked: form.change()
 

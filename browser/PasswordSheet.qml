@@ -38,6 +38,10 @@ Dialog {
     }
     contentItem: PasswordChangeView {
         id: passwordView
+        // Qt Quick names a dialog after its title only when accessibility was on before it was
+        // made; its content carries the name for certain.
+        Accessible.role: Accessible.Dialog
+        Accessible.name: sheet.title
         vault: sheet.vault
         onSucceeded: sheet.browser.passwordChanged()
         onDismissed: sheet.browser.showPasswordChange = false

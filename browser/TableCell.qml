@@ -9,16 +9,17 @@ import Morvanta.Browser
 Rectangle {
     id: cell
 
-    required property ItemTable frame
+    // The ItemTable it belongs to.
+    required property Item owner
     required property int row
     required property int column
     required property string display
     required property url url
     required property string path
-    readonly property bool selected: frame.isSelected(url)
+    readonly property bool selected: owner.isSelected(url)
     // The row whose menu is open stands out until the menu closes.
-    readonly property bool menuShown: !selected && frame.menuTarget.toString() !== ""
-                                      && frame.menuTarget.toString() === url.toString()
+    readonly property bool menuShown: !selected && owner.menuTarget.toString() !== ""
+                                      && owner.menuTarget.toString() === url.toString()
 
     objectName: "cell." + row + "." + column
     implicitHeight: 30
@@ -62,27 +63,27 @@ Rectangle {
         control: null
         x: 2
         y: 2
-        width: cell.frame.table.contentWidth - 4
+        width: cell.owner.table.contentWidth - 4
         height: cell.height - 4
         controlRadius: 4
-        shown: cell.column === 0 && cell.selected && cell.frame.keyboardFocus
+        shown: cell.column === 0 && cell.selected && cell.owner.keyboardFocus
     }
 
     TapHandler {
         onTapped: {
-            cell.frame.takeFocusFromPointer()
-            cell.frame.browser.selection = cell.url
+            cell.owner.takeFocusFromPointer()
+            cell.owner.browser.selection = cell.url
         }
         onDoubleTapped: {
-            cell.frame.browser.selection = cell.url
-            cell.frame.browser.openItem(cell.url)
+            cell.owner.browser.selection = cell.url
+            cell.owner.browser.openItem(cell.url)
         }
     }
     TapHandler {
         acceptedButtons: Qt.RightButton
         onTapped: function (eventPoint) {
-            const at = cell.mapToItem(cell.frame, eventPoint.position.x, eventPoint.position.y)
-            cell.frame.menuRequested(cell.url, at.x, at.y)
+            const at = cell.mapToItem(cell.owner, eventPoint.position.x, eventPoint.position.y)
+            cell.owner.menuRequested(cell.url, at.x, at.y)
         }
     }
 }

@@ -76,6 +76,7 @@ RowLayout {
         ToolTip.visible: hovered
         ToolTip.delay: 600
         ToolTip.text: helpText
+        Accessible.name: text
         Accessible.description: helpText
         Accessible.onPressAction: clicked()
         onClicked: header.browser.lock()

@@ -37,6 +37,7 @@ public:
     void keepAcceptLabel() {
         auto* buttons = findChild<QDialogButtonBox*>();
         m_accept = buttons ? buttons->button(QDialogButtonBox::Open) : nullptr;
+        m_label = labelText(QFileDialog::Accept);
         if (m_accept)
             m_accept->installEventFilter(this);
     }
@@ -44,15 +45,15 @@ public:
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override {
         if (watched == m_accept && event->type() == QEvent::Paint) {
-            const QString label = labelText(QFileDialog::Accept);
-            if (m_accept->text() != label)
-                m_accept->setText(label);
+            if (m_accept->text() != m_label)
+                m_accept->setText(m_label);
         }
         return QFileDialog::eventFilter(watched, event);
     }
 
 private:
     QPointer<QPushButton> m_accept;
+    QString m_label;
 };
 
 // Qt's own dialog has no line for a message; it gets one above everything else. The
