@@ -17,6 +17,7 @@ Rectangle {
     signal menuRequested(url url, real x, real y)
 
     readonly property TableView table: table
+    readonly property string title: "Vault items"
     // The focus came, or was last used, from the keyboard: the ring shows.
     readonly property bool keyboardFocus: table.activeFocus && !pointerFocus
     property bool pointerFocus: false
@@ -119,10 +120,10 @@ Rectangle {
         onActiveFocusChanged: if (!activeFocus) frame.pointerFocus = false
 
         Accessible.role: Accessible.Table
-        Accessible.name: "Vault items"
+        Accessible.name: frame.title
 
         ScrollBar.vertical: ScrollBar {
-            Accessible.name: "Vault items"
+            Accessible.name: frame.title
         }
 
         Keys.onPressed: function (event) {

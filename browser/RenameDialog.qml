@@ -32,7 +32,7 @@ AlertDialog {
         Layout.fillWidth: true
         implicitHeight: 36
         placeholderText: "Name"
-        Accessible.name: "Name"
+        Accessible.name: placeholderText
         text: dialog.browser.renameText
         onTextChanged: dialog.browser.renameText = text
         onAccepted: dialog.browser.commitRename()

@@ -36,7 +36,9 @@ RowLayout {
         implicitHeight: 32
         padding: 0
         hoverEnabled: true
-        Accessible.name: "Settings"
+        // Only a symbol on screen; this is what it is called.
+        readonly property string title: "Settings"
+        Accessible.name: title
         Accessible.onPressAction: clicked()
         onClicked: gearMenu.popup(gearButton, gearButton.width - gearMenu.width,
                                   gearButton.height + 4)

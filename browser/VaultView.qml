@@ -1,7 +1,6 @@
 import QtQuick
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
-import QtQuick.Templates as T
 import Morvanta.LockScreens
 import Morvanta.Browser
 
@@ -170,33 +169,9 @@ Item {
         vault: root.vault
     }
 
-    // When a dialog or menu closes, the keyboard goes back to the control it came from, or to
-    // the items when that has gone or is disabled, never nowhere.
-    property Item lastFocus
-
-    function holds(item, ancestor) {
-        while (item && item !== ancestor)
-            item = item.parent
-        return item !== null && item !== undefined
-    }
-    function restoreFocus() {
-        const focused = Window.activeFocusItem
-        if ((focused && focused !== root && holds(focused, root)) || holds(focused, T.Overlay.overlay))
-            return
-        if (lastFocus && lastFocus.visible && lastFocus.enabled)
-            lastFocus.forceActiveFocus(Qt.OtherFocusReason)
-        else if (itemTable.visible)
-            itemTable.table.forceActiveFocus(Qt.OtherFocusReason)
-    }
-    Connections {
-        target: root.Window.window
-        function onActiveFocusItemChanged() {
-            const focused = root.Window.activeFocusItem
-            if (focused && focused !== root && root.holds(focused, root))
-                root.lastFocus = focused
-            else
-                Qt.callLater(root.restoreFocus)
-        }
+    FocusReturn {
+        screen: root
+        fallback: itemTable.table
     }
 
     // The dialogs follow the screen's state: set opens, cleared closes.
