@@ -17,7 +17,8 @@ ApplicationWindow {
     minimumWidth: 520
     minimumHeight: 420
     visible: true
-    title: "Morvanta"
+    // The disguise's name from the first frame on; the router keeps it in step later.
+    title: Qt.application.displayName
     color: "#07061a"
 
     RootView {

@@ -1,3 +1,5 @@
+#include "AccessibleControls.h"
+#include "AppIdentity.h"
 #include "AppPalette.h"
 #include "engine/VaultManager.h"
 #include "platform/Hardening.h"
@@ -43,6 +45,9 @@ int main(int argc, char* argv[]) {
     platform::Panels panels;
     platform::Workspace workspace;
     VaultManager vault;
+    // Before the window exists, so that its first frame already wears the disguise.
+    installAccessibility();
+    followDisguise(settings);
 
     platform::lockOnTheWayOut([&vault] { vault.lockIfUnlocked(); });
     // Leaving the machine locks the vault: before sleep (logind waits for it) and when the

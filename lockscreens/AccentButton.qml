@@ -14,6 +14,11 @@ Button {
     property bool busy: false
 
     implicitHeight: 46
+    // A click leaves the keyboard focus in the field being filled in; Tab still reaches it.
+    focusPolicy: Qt.TabFocus
+    Accessible.name: text
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
     opacity: enabled ? 1 : 0.45
     font.pixelSize: 15
     font.weight: Font.DemiBold
@@ -51,5 +56,10 @@ Button {
     background: Rectangle {
         radius: 10
         color: control.down ? Qt.darker(control.fill, 1.12) : control.fill
+    }
+
+    FocusRing {
+        accent: control.fill
+        controlRadius: 10
     }
 }

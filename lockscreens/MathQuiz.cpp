@@ -182,6 +182,7 @@ void MathQuiz::submit() {
             setInput({});
             regenerate();
             setBusy(false);
+            emit graded();
         },
         VaultError::notInitialized());
 }

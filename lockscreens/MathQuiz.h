@@ -77,6 +77,8 @@ signals:
     void inputChanged();
     void messageChanged();
     void busyChanged();
+    // An answer was graded and the next question is up.
+    void graded();
 
 private:
     qint64 draw(qint64 lowest, qint64 highest);

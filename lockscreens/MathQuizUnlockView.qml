@@ -23,6 +23,7 @@ Item {
         id: quiz
         vault: root.vault
         Component.onCompleted: regenerate()
+        onGraded: answerField.forceActiveFocus()
     }
 
     Rectangle {
@@ -53,27 +54,13 @@ Item {
             font.family: "monospace"
             font.pixelSize: 40
         }
-        TextField {
+        AnswerField {
             id: answerField
             objectName: "answerField"
             Layout.fillWidth: true
-            implicitHeight: 48
-            placeholderText: "Answer"
-            horizontalAlignment: TextInput.AlignHCenter
-            verticalAlignment: TextInput.AlignVCenter
-            font.pixelSize: 20
-            color: system.text
-            placeholderTextColor: Qt.rgba(system.text.r, system.text.g, system.text.b, 0.4)
-            selectByMouse: true
             text: quiz.input
             onTextChanged: quiz.input = text
             onAccepted: quiz.submit()
-            background: Rectangle {
-                radius: 10
-                color: system.base
-                border.width: 1
-                border.color: answerField.activeFocus ? system.highlight : system.mid
-            }
         }
         RowLayout {
             id: messageLine
@@ -104,6 +91,8 @@ Item {
             enabled: !quiz.busy
             text: quiz.buttonLabel
             font.pixelSize: 15
+            focusPolicy: Qt.TabFocus
+            Accessible.name: text
             onClicked: quiz.submit()
 
             contentItem: Item {
@@ -130,6 +119,10 @@ Item {
                 radius: 10
                 color: submitButton.down ? Qt.darker(system.highlight, 1.15) : system.highlight
                 opacity: submitButton.enabled ? 1 : 0.6
+            }
+            FocusRing {
+                accent: system.highlight
+                controlRadius: 10
             }
         }
     }

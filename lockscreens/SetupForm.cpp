@@ -188,21 +188,26 @@ QString SetupForm::buttonLabel() const {
     return title();
 }
 
+void SetupForm::fail(const QString& error, bool atConfirmation) {
+    setError(error);
+    emit failed(atConfirmation);
+}
+
 void SetupForm::create() {
     // Return in the confirm field still reaches here while a creation runs.
     if (m_busy)
         return;
     setError({});
     if (characterCount(m_password) < kMinimumLength) {
-        setError(QStringLiteral("Password must be at least 8 characters."));
+        fail(QStringLiteral("Password must be at least 8 characters."));
         return;
     }
     if (m_password != m_confirm) {
-        setError(QStringLiteral("Passwords do not match."));
+        fail(QStringLiteral("Passwords do not match."), true);
         return;
     }
     if (const auto reason = unusablePasswordReason(m_password)) {
-        setError(*reason);
+        fail(*reason);
         return;
     }
     setBusy(true);
@@ -216,8 +221,8 @@ void SetupForm::create() {
         [this](const std::optional<VaultError>& error) {
             if (!error)
                 return;
-            setError(error->errorDescription());
             setBusy(false);
+            fail(error->errorDescription());
         },
         VaultError::notInitialized());
 }

@@ -82,10 +82,13 @@ signals:
     void busyChanged();
     void canSubmitChanged();
     void wordingChanged();
+    // An attempt was refused; the entry to fix is the confirmation or the password.
+    void failed(bool atConfirmation);
 
 private:
     void setError(const QString& error);
     void setBusy(bool busy);
+    void fail(const QString& error, bool atConfirmation = false);
 
     QPointer<VaultManager> m_vault;
     QString m_disguiseRaw = QStringLiteral("none");

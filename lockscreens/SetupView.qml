@@ -16,6 +16,7 @@ Item {
         id: form
         vault: root.vault
         disguiseRaw: root.disguiseRaw
+        onFailed: atConfirmation => (atConfirmation ? confirmField : passwordField).forceActiveFocus()
     }
 
     Rectangle {
@@ -25,6 +26,7 @@ Item {
 
     CenteredColumn {
         anchors.fill: parent
+        anchors.margins: 16
         spacing: 12
 
         SetupLogoView {

@@ -21,6 +21,8 @@ Item {
         id: form
         vault: root.vault
         stealth: root.stealth
+        // The next attempt is typed at once, whatever was clicked to make this one.
+        onFailed: passwordField.forceActiveFocus()
     }
 
     Rectangle {
@@ -59,6 +61,7 @@ Item {
             font.pixelSize: 14
         }
         PasswordField {
+            id: passwordField
             objectName: "passwordField"
             Layout.fillWidth: true
             symbol: "lock.fill"

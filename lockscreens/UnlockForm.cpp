@@ -68,6 +68,7 @@ void UnlockForm::unlock() {
     setError({});
     if (const auto reason = unusablePasswordReason(m_password)) {
         setError(*reason);
+        emit failed();
         return;
     }
     setBusy(true);
@@ -79,6 +80,7 @@ void UnlockForm::unlock() {
             setError(error->errorDescription());
             setBusy(false);
             setPassword({});
+            emit failed();
         },
         VaultError::notInitialized());
 }

@@ -50,6 +50,8 @@ signals:
     void errorChanged();
     void busyChanged();
     void buttonLabelChanged();
+    // An attempt was refused and the screen is ready for the next one.
+    void failed();
 
 private:
     void setError(const QString& error);

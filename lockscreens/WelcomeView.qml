@@ -171,7 +171,7 @@ Item {
         }
     }
 
-    RowLayout {
+    WelcomeNavBar {
         id: navBar
         anchors.left: parent.left
         anchors.right: parent.right
@@ -179,78 +179,6 @@ Item {
         anchors.leftMargin: 24
         anchors.rightMargin: 24
         anchors.bottomMargin: 20
-        height: 44
-
-        Button {
-            id: backButton
-            objectName: "backButton"
-            text: "Back"
-            enabled: pager.canGoBack
-            opacity: enabled ? 1 : 0
-            flat: true
-            font.pixelSize: 14
-            onClicked: pager.back()
-            contentItem: RowLayout {
-                spacing: 6
-                SymbolIcon {
-                    Layout.preferredWidth: 14
-                    Layout.preferredHeight: 14
-                    name: "arrow.left"
-                    color: Theme.secondaryText
-                }
-                Label {
-                    text: backButton.text
-                    font: backButton.font
-                    color: Theme.secondaryText
-                }
-            }
-            background: Rectangle {
-                radius: 10
-                color: backButton.down ? Qt.rgba(1, 1, 1, 0.1)
-                                       : backButton.hovered ? Qt.rgba(1, 1, 1, 0.05) : "transparent"
-            }
-            Behavior on opacity { NumberAnimation { duration: 180 } }
-        }
-        Item { Layout.fillWidth: true }
-        PageDots {
-            objectName: "pageDots"
-            count: pager.totalPages
-            current: pager.page
-        }
-        Item { Layout.fillWidth: true }
-        Button {
-            id: forwardButton
-            objectName: "forwardButton"
-            text: pager.forwardLabel
-            font.pixelSize: 14
-            font.weight: Font.DemiBold
-            onClicked: pager.advance()
-            implicitHeight: 40
-            leftPadding: 18
-            rightPadding: 16
-            contentItem: RowLayout {
-                spacing: 7
-                Label {
-                    text: forwardButton.text
-                    font: forwardButton.font
-                    color: Theme.inkOnGold
-                }
-                SymbolIcon {
-                    Layout.preferredWidth: 14
-                    Layout.preferredHeight: 14
-                    name: "arrow.right"
-                    color: Theme.inkOnGold
-                }
-            }
-            background: Rectangle {
-                radius: 10
-                opacity: forwardButton.down ? 0.85 : 1
-                gradient: Gradient {
-                    orientation: Gradient.Horizontal
-                    GradientStop { position: 0; color: Qt.rgba(1.0, 0.9, 0.6, 1) }
-                    GradientStop { position: 1; color: Qt.rgba(0.95, 0.78, 0.42, 1) }
-                }
-            }
-        }
+        pager: pager
     }
 }

@@ -1,9 +1,12 @@
 #include "AppWindow.h"
 
+#include "app/AccessibleControls.h"
+#include "app/AppIdentity.h"
 #include "app/AppPalette.h"
 
 #include <QDir>
 #include <QMetaObject>
+#include <QPainter>
 #include <QSettings>
 #include <QTest>
 
@@ -49,6 +52,8 @@ AppWindow::AppWindow(HDIUtilRunner runner, const QString& disguiseMode) {
         std::make_unique<QSettings>(m_settingsDir.filePath("Morvanta.conf"), QSettings::IniFormat);
     store->setValue("disguiseMode", disguiseMode);
     m_settings = std::make_unique<platform::Settings>(std::move(store));
+    installAccessibility();
+    followDisguise(*m_settings);
     m_vault = std::make_unique<VaultManager>(m_support.path(), std::move(runner));
     m_engine = std::make_unique<QQmlApplicationEngine>();
     m_engine->addImportPath(QStringLiteral("qrc:/qt/qml"));
@@ -126,14 +131,23 @@ void AppWindow::typeInto(const QString& objectName, const QString& text) const {
         return;
     field->forceActiveFocus();
     field->setProperty("text", QString());
+    type(text);
+}
+
+void AppWindow::type(const QString& text) const {
     for (QChar c : text)
         QTest::keyClick(m_window, c.toLatin1());
 }
 
-bool AppWindow::screenshot(const QString& name) const {
+bool AppWindow::screenshot(const QString& name, bool withIcon) const {
     const QString folder = QStringLiteral(MORVANTA_SCREENSHOT_DIR);
     QDir().mkpath(folder);
-    return m_window->grabWindow().save(folder + "/" + name + ".png");
+    QImage shot = m_window->grabWindow();
+    if (withIcon) {
+        QPainter painter(&shot);
+        painter.drawPixmap(shot.width() - 56, 8, m_window->icon().pixmap(48));
+    }
+    return shot.save(folder + "/" + name + ".png");
 }
 
 } // namespace testsupport

@@ -40,8 +40,11 @@ public:
     void click(const QString& objectName) const;
     // Types ASCII text key by key into the field, which gets the focus first.
     void typeInto(const QString& objectName, const QString& text) const;
-    // Saves a PNG of the window under the build's screenshot folder.
-    bool screenshot(const QString& name) const;
+    // Types ASCII text into whatever has the keyboard focus.
+    void type(const QString& text) const;
+    // Saves a PNG of the window under the build's screenshot folder, with the window's icon
+    // in the top right corner if asked, as a taskbar would show it beside the window.
+    bool screenshot(const QString& name, bool withIcon = false) const;
 
 private:
     QTemporaryDir m_support;

@@ -1,10 +1,13 @@
 // The whole window offscreen against real vaults (gocryptfs through the disk-image tool):
-// first start to an open vault, both lock screens with right and wrong passwords, the
-// disguise switched while locked, and closing the window with the vault open.
+// first start to an open vault, both lock screens with right and wrong passwords from the
+// keyboard alone, the disguise switched while locked and what the desktop sees of it, and
+// closing the window with the vault open.
 
 #include "support/AppWindow.h"
 #include "support/FuseHarness.h"
+#include "support/RecordingRunner.h"
 
+#include <QAccessible>
 #include <QRegularExpression>
 #include <QTest>
 #include <QtQml/QQmlExtensionPlugin>
@@ -27,12 +30,39 @@ HDIUtilRunner countingRunner(int& attaches) {
     };
 }
 
+void pressThroughAccessibility(QQuickItem* item) {
+    QAccessible::queryAccessibleInterface(item)->actionInterface()->doAction(
+        QAccessibleActionInterface::pressAction());
+}
+
+// The text change notices that get past the application's filter to the platform.
+QStringList g_textNotices;
+
+// Hands a notice to the application's filter as Qt does while a screen reader listens.
+void notify(QAccessibleEvent* event) {
+    const QAccessible::UpdateHandler filter = QAccessible::installUpdateHandler(nullptr);
+    QAccessible::installUpdateHandler(filter);
+    filter(event);
+}
+
+// The pixels of an icon, to tell one from another.
+QImage pixels(const QIcon& icon) {
+    return icon.pixmap(32).toImage();
+}
+
 } // namespace
 
 class TestAppWindow : public QObject {
     Q_OBJECT
 
 private slots:
+    void initTestCase() {
+        // Stands for the platform behind the application's own accessibility filter.
+        QAccessible::installUpdateHandler([](QAccessibleEvent* event) {
+            if (event->type() == QAccessible::TextInserted)
+                g_textNotices << static_cast<QAccessibleTextInsertEvent*>(event)->textInserted();
+        });
+    }
     void init() { QTest::failOnWarning(QRegularExpression(".*")); }
 
     void firstStartLeadsToAnOpenVault() {
@@ -45,13 +75,16 @@ private slots:
         QCOMPARE(app.window()->minimumSize(), QSize(520, 420));
 
         app.click("forwardButton");
-        app.click("forwardButton");
+        pressThroughAccessibility(app.item("forwardButton"));
         QCOMPARE(app.item("forwardButton")->property("text").toString(), "Get Started");
         app.click("forwardButton");
         QTRY_COMPARE(app.screenName(), "SetupView");
 
         app.typeInto("passwordField", "Correct horse 1");
         QVERIFY(!app.item("createButton")->isEnabled());
+        // A dimmed button refuses a screen reader's press as it refuses a click.
+        pressThroughAccessibility(app.item("createButton"));
+        QVERIFY(!app.item("errorLine")->isVisible());
         QTest::keyClick(app.window(), Qt::Key_Return);
         QTRY_VERIFY(app.item("confirmField")->hasActiveFocus());
         app.typeInto("confirmField", "Correct horse 1");
@@ -65,7 +98,7 @@ private slots:
         QCOMPARE(testsupport::mountsBelow(runtime.path()).size(), 1);
     }
 
-    void wrongPasswordThenTheRightOneWithItsSpaces() {
+    void wrongPasswordThenTheRightOneFromTheKeyboard() {
         REQUIRE_FUSE();
         testsupport::ScopedRuntimeDir runtime;
         int attaches = 0;
@@ -73,17 +106,27 @@ private slots:
         app.vault().createVault("  spaced secret  ");
         QTRY_COMPARE(app.screenName(), "StandardUnlockView");
         QCOMPARE(app.item("title")->property("text").toString(), "Unlock Vault");
+        QTRY_VERIFY(app.item("passwordField")->hasActiveFocus());
+        // A notice of typing reaches the platform with bullets for the characters.
+        g_textNotices.clear();
+        QAccessibleTextInsertEvent notice(app.item("passwordField"), 0, "secret");
+        notify(&notice);
+        QCOMPARE(g_textNotices.value(0), QString(6, QChar(0x2022)));
 
-        app.typeInto("passwordField", "spaced secret");
-        app.click("unlockButton");
+        // Typed into whatever has the focus, then Tab to the button and Space.
+        app.type("spaced secret");
+        QTest::keyClick(app.window(), Qt::Key_Tab);
+        QTRY_VERIFY(app.item("unlockButton")->hasActiveFocus());
+        QTest::keyClick(app.window(), Qt::Key_Space);
         QTRY_COMPARE(app.item("errorLine")->property("text").toString(), "Authentication failed.");
         QVERIFY(app.item("errorLine")->isVisible());
         QCOMPARE(app.item("passwordField")->property("text").toString(), QString());
         QVERIFY(app.item("unlockButton")->isEnabled());
         QCOMPARE(app.item("unlockButton")->property("text").toString(), "Unlock");
         QVERIFY(!app.vault().isUnlocked());
+        QTRY_VERIFY(app.item("passwordField")->hasActiveFocus());
 
-        app.typeInto("passwordField", "  spaced secret  ");
+        app.type("  spaced secret  ");
         QTest::keyClick(app.window(), Qt::Key_Return);
         QTRY_VERIFY(app.vault().isUnlocked());
         QTRY_COMPARE(app.window()->size(), QSize(800, 635));
@@ -135,6 +178,12 @@ private slots:
         const QString op = question.section(' ', 1, 1);
         const qint64 answer = op == "+" ? a + b : op == "\u2212" ? a - b : a * b;
 
+        // The answer box's notices of typing never reach the platform at all.
+        g_textNotices.clear();
+        QAccessibleTextInsertEvent notice(app.item("answerField"), 0, "1234");
+        notify(&notice);
+        QCOMPARE(g_textNotices, QStringList());
+
         app.typeInto("answerField", QStringLiteral(" %1 ").arg(answer));
         app.click("submitButton");
         QTRY_VERIFY(app.item("messageLine")->isVisible());
@@ -142,9 +191,13 @@ private slots:
         QVERIFY2(shown.contains("Correct!"), qPrintable(shown.join(" | ")));
         QCOMPARE(app.item("answerField")->property("text").toString(), QString());
 
+        // From the keyboard: Tab to Submit and Space; the box has the focus again after.
         app.typeInto("answerField", "real passwort");
-        app.click("submitButton");
+        QTest::keyClick(app.window(), Qt::Key_Tab);
+        QTRY_VERIFY(app.item("submitButton")->hasActiveFocus());
+        QTest::keyClick(app.window(), Qt::Key_Space);
         QTRY_VERIFY(app.visibleTexts().contains("Try again"));
+        QTRY_VERIFY(app.item("answerField")->hasActiveFocus());
         QVERIFY(!app.vault().isUnlocked());
         QCOMPARE(attaches, 2);
         // The disguise holds: nothing on screen speaks of a vault, a password or a failure.
@@ -187,6 +240,28 @@ private slots:
         app.vault().unlock("password one");
         QTRY_COMPARE(app.window()->size(), QSize(800, 635));
         QCOMPARE(app.window()->title(), "Workspace");
+    }
+
+    // Taskbars, window switchers and screen readers learn only the disguise, from the first
+    // frame on and after every change of it.
+    void theDesktopSeesOnlyTheDisguise() {
+        RecordingRunner tool;
+        AppWindow app(tool.runner(), "math");
+        QCOMPARE(app.window()->title(), "Calculator");
+        QAccessibleInterface* application = QAccessible::queryAccessibleInterface(qApp);
+        QList<QImage> icons;
+        for (const auto& [disguise, name] : QList<std::pair<QString, QString>>{
+                 {"math", "Calculator"}, {"neutral", "Workspace"}, {"none", "Morvanta"}}) {
+            app.settings().setDisguiseMode(disguise);
+            QTRY_COMPARE(app.window()->title(), name);
+            QCOMPARE(QGuiApplication::applicationDisplayName(), name);
+            QCOMPARE(application->text(QAccessible::Name), name);
+            const bool branded = disguise == "none";
+            QCOMPARE(QGuiApplication::desktopFileName() == "morvanta", branded);
+            QCOMPARE(application->text(QAccessible::Description).contains("vault"), branded);
+            icons << pixels(app.window()->icon());
+        }
+        QVERIFY(icons[0] != icons[2] && icons[1] != icons[2] && icons[0] != icons[1]);
     }
 
     void closingTheWindowDetachesTheVault() {

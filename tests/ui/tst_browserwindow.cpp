@@ -5,6 +5,8 @@
 
 #include "browser/ItemTableModel.h"
 #include "support/Accessibility.h"
+
+#include <QAccessible>
 #include "support/AppWindow.h"
 #include "support/ChildCounter.h"
 #include "support/FuseHarness.h"
@@ -461,7 +463,7 @@ private slots:
         REQUIRE_FUSE();
         OpenVault v;
         v.added("Documents/taxes.pdf");
-        testsupport::enableAccessibility();
+        QAccessible::setActive(true);
         QQuickWindow* w = v.app.window();
         auto named = [w](const QString& name) { return testsupport::accessibleNamed(w, name); };
         auto press = [named](const QString& name) {

@@ -1,9 +1,11 @@
 // Every screen in every disguise and state, loaded in the real window and saved as a PNG
 // under build/screenshots/ for a person to look at. Loading each one with QML warnings made
-// fatal also makes this the smoke test that every screen's imports and bindings resolve.
+// fatal also makes this the smoke test that every screen's imports and bindings resolve, and
+// each lock and first-run screen is read as a screen reader reads it.
 
-#include "support/GatedFileLayer.h"
+#include "support/Accessibility.h"
 #include "support/AppWindow.h"
+#include "support/GatedFileLayer.h"
 #include "support/FuseHarness.h"
 #include "support/RecordingRunner.h"
 #include "support/Trees.h"
@@ -52,9 +54,14 @@ private slots:
         for (int page = 1; page <= 3; ++page) {
             settle();
             QVERIFY(app.screenshot(QStringLiteral("welcome-page%1").arg(page)));
+            QCOMPARE(testsupport::accessibilityProblems(app.window()).join("; "), QString());
             if (page < 3)
                 app.click("forwardButton");
         }
+        // From the keyboard: Tab moves to Back, and its focus ring shows.
+        QTest::keyClick(app.window(), Qt::Key_Tab);
+        QTRY_VERIFY(app.item("backButton")->property("visualFocus").toBool());
+        QVERIFY(app.screenshot("welcome-page3-keyboard-focus"));
         QCOMPARE(app.item("forwardButton")->property("text").toString(), "Get Started");
     }
 
@@ -85,6 +92,7 @@ private slots:
         }
         app.item("confirmField")->setProperty("text", "Abcdefgh1!Abcdefg");
         QVERIFY(app.screenshot("setup-" + disguise + "-mismatch"));
+        QCOMPARE(testsupport::accessibilityProblems(app.window()).join("; "), QString());
 
         app.item("confirmField")->setProperty("text", "Abcdefgh1!Abcdefgh");
         tool.replies = {failure("morvanta-hdiutil: create failed - No space left on device.")};
@@ -110,9 +118,13 @@ private slots:
             ->setProperty("hasSeenWelcome", true);
         QTRY_COMPARE(app.screenName(), "StandardUnlockView");
         settle();
-        QVERIFY(app.screenshot("unlock-" + disguise + "-idle"));
+        QVERIFY(app.screenshot("unlock-" + disguise + "-idle", true));
 
         app.item("passwordField")->setProperty("text", "not the password");
+        QCOMPARE(testsupport::accessibilityProblems(app.window()).join("; "), QString());
+        QTest::keyClick(app.window(), Qt::Key_Tab);
+        QTRY_VERIFY(app.item("unlockButton")->property("visualFocus").toBool());
+        QVERIFY(app.screenshot("unlock-" + disguise + "-keyboard-focus"));
         tool.replies = {failure("morvanta-hdiutil: attach failed - Password incorrect.")};
         app.click("unlockButton");
         QVERIFY(app.screenshot("unlock-" + disguise + "-busy"));
@@ -130,11 +142,12 @@ private slots:
             ->setProperty("hasSeenWelcome", true);
         QTRY_COMPARE(app.screenName(), "MathQuizUnlockView");
         settle();
-        QVERIFY(app.screenshot("quiz-idle"));
+        QVERIFY(app.screenshot("quiz-idle", true));
 
         QObject* quiz = app.screen()->property("quiz").value<QObject*>();
         QVERIFY(quiz);
         app.item("answerField")->setProperty("text", "12");
+        QCOMPARE(testsupport::accessibilityProblems(app.window()).join("; "), QString());
         tool.replies = {failure("morvanta-hdiutil: attach failed - Password incorrect.")};
         app.click("submitButton");
         QVERIFY(app.screenshot("quiz-busy"));
