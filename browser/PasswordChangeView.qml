@@ -48,32 +48,32 @@ ColumnLayout {
         color: Theme.secondaryText
         font.pixelSize: 13
     }
-    SecretField {
+    PasswordField {
         id: oldField
-        fieldName: "oldPasswordField"
+        objectName: "oldPasswordField"
         Layout.fillWidth: true
         symbol: "lock.fill"
         placeholderText: "Current password"
-        secret: form.oldPw
-        onSecretChanged: form.oldPw = secret
+        text: form.oldPw
+        onTextChanged: form.oldPw = text
         onAccepted: form.change()
     }
-    SecretField {
-        fieldName: "newPasswordField"
+    PasswordField {
+        objectName: "newPasswordField"
         Layout.fillWidth: true
         symbol: "key.fill"
         placeholderText: "New password"
-        secret: form.newPw
-        onSecretChanged: form.newPw = secret
+        text: form.newPw
+        onTextChanged: form.newPw = text
         onAccepted: form.change()
     }
-    SecretField {
-        fieldName: "confirmPasswordField"
+    PasswordField {
+        objectName: "confirmPasswordField"
         Layout.fillWidth: true
         symbol: "key.fill"
         placeholderText: "Confirm new password"
-        secret: form.confirmPw
-        onSecretChanged: form.confirmPw = secret
+        text: form.confirmPw
+        onTextChanged: form.confirmPw = text
         onAccepted: form.change()
     }
     Label {
