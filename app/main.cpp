@@ -1,6 +1,7 @@
 #include "AccessibleControls.h"
 #include "AppIdentity.h"
 #include "AppPalette.h"
+#include "CommandLine.h"
 #include "engine/VaultManager.h"
 #include "platform/Hardening.h"
 #include "platform/Panels.h"
@@ -25,8 +26,16 @@ int main(int argc, char* argv[]) {
     // The master password lives in this process while the vault is open.
     platform::hardenProcess();
 
+    // Any argument is a request from the command line (--lock, --help, --version).
+    if (argc > 1)
+        return runCommandLine(argc, argv);
+
     // A widgets application only for the file pickers, which Qt offers as widgets.
+    const bool portalDialogs = platform::preferPortalFileDialogs();
     QApplication app(argc, argv);
+    // The choice is this process's own, not the programs it opens files with.
+    if (portalDialogs)
+        qunsetenv("QT_QPA_PLATFORMTHEME");
     QGuiApplication::setOrganizationName(QStringLiteral("Morvanta"));
     QGuiApplication::setApplicationName(QStringLiteral("Morvanta"));
     QGuiApplication::setDesktopFileName(QStringLiteral("morvanta"));
@@ -48,6 +57,8 @@ int main(int argc, char* argv[]) {
     // Before the window exists, so that its first frame already wears the disguise.
     installAccessibility();
     followDisguise(settings);
+    // `morvanta --lock` from a terminal or a keyboard shortcut.
+    instance.setLockHandler([&vault] { return lockForCommandLine(vault); });
 
     platform::lockOnTheWayOut([&vault] { vault.lockIfUnlocked(); });
     // Leaving the machine locks the vault: before sleep (logind waits for it) and when the

@@ -7,12 +7,20 @@
 #include <QLocalServer>
 #include <QLocalSocket>
 #include <QLockFile>
+#include <QPointer>
 
 namespace platform {
 
 namespace {
 
-const QByteArray kActivate = QByteArrayLiteral("activate\n");
+// One request per line: "activate" or "lock"; a lock is answered with "locked" or with
+// "failed" and the reason.
+const QByteArray kActivate = QByteArrayLiteral("activate");
+const QByteArray kLock = QByteArrayLiteral("lock");
+const QByteArray kLocked = QByteArrayLiteral("locked");
+const QByteArray kFailed = QByteArrayLiteral("failed ");
+// A lock first lets the work under way roll back, which is bounded but not instant.
+constexpr int kLockAnswerTimeoutMs = 120000;
 
 // The folder the disk-image tool mounts in, found the same way: a launch whose environment
 // lacks the runtime folder still finds the first instance, and nobody else can reach the
@@ -22,17 +30,22 @@ QString runtimeFolder() {
     return QFile::decodeName(platform::privateRuntimeFolder(error).c_str());
 }
 
+// Empty when there is nowhere safe for a socket.
+QString socketPathFor(const QString& name) {
+    const QString folder = runtimeFolder();
+    // A leading dot: never the name of a mount point in the same folder.
+    return folder.isEmpty() ? QString() : QDir(folder).filePath(QStringLiteral(".%1.instance").arg(name));
+}
+
 } // namespace
 
 SingleInstance::SingleInstance(const QString& name, QObject* parent) : QObject(parent) {
-    const QString folder = runtimeFolder();
-    if (folder.isEmpty()) {
+    m_socketPath = socketPathFor(name);
+    if (m_socketPath.isEmpty()) {
         // Nowhere safe for a socket: run, but unfindable.
         m_primary = true;
         return;
     }
-    // A leading dot: never the name of a mount point in the same folder.
-    m_socketPath = QDir(folder).filePath(QStringLiteral(".%1.instance").arg(name));
     // Two launches at the same moment must not both find no one and both start.
     QLockFile lock(m_socketPath + QStringLiteral(".lock"));
     lock.lock();
@@ -51,7 +64,7 @@ bool SingleInstance::signalRunningInstance() const {
     socket.connectToServer(m_socketPath);
     if (!socket.waitForConnected(1000))
         return false;
-    socket.write(kActivate);
+    socket.write(kActivate + '\n');
     socket.waitForBytesWritten(1000);
     socket.disconnectFromServer();
     return true;
@@ -71,12 +84,53 @@ void SingleInstance::listen() {
     connect(server, &QLocalServer::newConnection, this, [this] {
         while (QLocalSocket* client = m_server->nextPendingConnection()) {
             connect(client, &QLocalSocket::readyRead, this, [this, client] {
-                if (client->readAll().contains(kActivate.trimmed()))
-                    emit activationRequested();
+                const QPointer<QLocalSocket> alive(client);
+                while (alive && client->canReadLine()) {
+                    const QByteArray reply = answer(client->readLine().trimmed());
+                    if (alive && !reply.isEmpty()) {
+                        client->write(reply + '\n');
+                        client->flush();
+                    }
+                }
             });
             connect(client, &QLocalSocket::disconnected, client, &QObject::deleteLater);
         }
     });
+}
+
+QByteArray SingleInstance::answer(const QByteArray& request) {
+    if (request == kActivate) {
+        emit activationRequested();
+        return {};
+    }
+    if (request != kLock)
+        return {};
+    const QString failure = m_lockHandler ? m_lockHandler() : QStringLiteral("Nothing here can lock.");
+    if (failure.isEmpty())
+        return kLocked;
+    // One line, whatever the reason held.
+    return kFailed + failure.simplified().toUtf8();
+}
+
+SingleInstance::LockAnswer SingleInstance::requestLock(const QString& name) {
+    const QString path = socketPathFor(name);
+    if (path.isEmpty())
+        return {};
+    QLocalSocket socket;
+    socket.connectToServer(path);
+    if (!socket.waitForConnected(1000))
+        return {};
+    socket.write(kLock + '\n');
+    while (!socket.canReadLine()) {
+        if (!socket.waitForReadyRead(kLockAnswerTimeoutMs))
+            return {LockAnswer::State::failed, QStringLiteral("Morvanta did not answer.")};
+    }
+    const QByteArray reply = socket.readLine().trimmed();
+    if (reply == kLocked)
+        return {LockAnswer::State::locked, {}};
+    if (reply.startsWith(kFailed))
+        return {LockAnswer::State::failed, QString::fromUtf8(reply.mid(kFailed.size()))};
+    return {LockAnswer::State::failed, QStringLiteral("Morvanta did not answer.")};
 }
 
 } // namespace platform

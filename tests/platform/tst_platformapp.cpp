@@ -1,16 +1,41 @@
-// The desktop seams of the application: the persisted disguise setting, and finding the
-// running instance from a second launch.
+// The desktop seams of the application: the persisted disguise setting, finding the
+// running instance from a second launch, and locking it from the command line.
 
+#include "app/CommandLine.h"
+#include "engine/VaultManager.h"
 #include "platform/Settings.h"
 #include "platform/SingleInstance.h"
 #include "platform/hdiutil/Mounts.h"
 #include "support/FuseHarness.h"
 
+#include <QCoreApplication>
 #include <QFileInfo>
+#include <QProcess>
 #include <QScopeGuard>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+
+namespace {
+
+struct Run {
+    int status = -1;
+    QByteArray out;
+    QByteArray err;
+};
+
+// The real `morvanta` with `arguments`, while this process goes on answering its socket.
+Run morvanta(const QStringList& arguments) {
+    QProcess process;
+    process.start(QCoreApplication::applicationDirPath() + "/morvanta", arguments);
+    if (!QTest::qWaitFor([&] { return process.state() == QProcess::NotRunning; }, 60000))
+        process.kill();
+    process.waitForFinished();
+    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
+            process.readAllStandardOutput(), process.readAllStandardError()};
+}
+
+} // namespace
 
 class TestPlatformApp : public QObject {
     Q_OBJECT
@@ -82,6 +107,43 @@ private slots:
         stale.close();
         platform::SingleInstance next(QStringLiteral("morvanta-test"));
         QVERIFY(next.isPrimary());
+    }
+
+    // `morvanta --lock` in a second process: the running instance locks its real vault and
+    // says so; a failed lock comes back as one line and a non-zero status; nobody running, or
+    // a vault locked already, is success.
+    void theCommandLineLocksTheRunningInstance() {
+        REQUIRE_FUSE();
+        testsupport::ScopedRuntimeDir runtime;
+        QTemporaryDir home;
+        VaultManager vault(home.filePath("support"), testsupport::fastToolRunner());
+        vault.createVault("pw");
+        vault.unlock("pw");
+        QCOMPARE(morvanta({"--lock"}).status, 0);
+        QVERIFY(vault.isUnlocked());
+        {
+            platform::SingleInstance running;
+            QVERIFY(running.isPrimary());
+            running.setLockHandler([&vault] { return lockForCommandLine(vault); });
+            const Run locked = morvanta({"--lock"});
+            QCOMPARE(locked.err, "");
+            QCOMPARE(locked.status, 0);
+            QVERIFY(!vault.isUnlocked());
+            QCOMPARE(testsupport::mountsBelow(runtime.path()), QStringList());
+            QCOMPARE(morvanta({"--lock"}).status, 0);
+
+            running.setLockHandler([] { return QStringLiteral("Unmount failed:\nresource busy"); });
+            const Run failed = morvanta({"--lock"});
+            QCOMPARE(failed.status, 1);
+            QCOMPARE(failed.err, "morvanta: could not lock the vault: Unmount failed: resource busy\n");
+        }
+        const Run version = morvanta({"--version"});
+        QCOMPARE(version.status, 0);
+        QVERIFY(version.out.startsWith("morvanta "));
+        const Run typo = morvanta({"--lok"});
+        QCOMPARE(typo.status, 2);
+        QCOMPARE(typo.err.count('\n'), 1);
+        QCOMPARE(typo.out, "");
     }
 };
 

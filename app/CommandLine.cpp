@@ -1,0 +1,76 @@
+#include "CommandLine.h"
+
+#include "engine/VaultManager.h"
+#include "platform/SingleInstance.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+
+#include <cstdio>
+
+namespace {
+
+void printError(const QString& message) {
+    std::fprintf(stderr, "morvanta: %s\n", qPrintable(message));
+}
+
+} // namespace
+
+int runCommandLine(int argc, char* argv[]) {
+    // No display needed: these run from a terminal, a script or a keyboard shortcut.
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("morvanta"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(MORVANTA_VERSION));
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("Morvanta keeps sensitive files, folders and apps in one encrypted vault.\n"
+                       "Started without options, it opens its window (or brings forward the "
+                       "one already open)."));
+    const QCommandLineOption help = parser.addHelpOption();
+    const QCommandLineOption version = parser.addVersionOption();
+    const QCommandLineOption lock(
+        QStringLiteral("lock"),
+        QStringLiteral("Lock the vault of the running Morvanta and exit. Succeeds also when "
+                       "Morvanta is not running or the vault is locked already."));
+    parser.addOption(lock);
+
+    if (!parser.parse(QCoreApplication::arguments())) {
+        printError(parser.errorText());
+        return 2;
+    }
+    if (!parser.positionalArguments().isEmpty()) {
+        printError(QStringLiteral("unexpected argument '%1'; see morvanta --help")
+                       .arg(parser.positionalArguments().constFirst()));
+        return 2;
+    }
+    if (parser.isSet(help)) {
+        std::fputs(qPrintable(parser.helpText()), stdout);
+        return 0;
+    }
+    if (parser.isSet(version)) {
+        std::printf("morvanta %s\n", MORVANTA_VERSION);
+        return 0;
+    }
+    if (!parser.isSet(lock)) {
+        printError(QStringLiteral("nothing to do; see morvanta --help"));
+        return 2;
+    }
+    const platform::SingleInstance::LockAnswer answer = platform::SingleInstance::requestLock();
+    if (answer.state == platform::SingleInstance::LockAnswer::State::failed) {
+        printError(QStringLiteral("could not lock the vault: %1").arg(answer.reason));
+        return 1;
+    }
+    return 0;
+}
+
+QString lockForCommandLine(VaultManager& vault) {
+    try {
+        vault.lock();
+    } catch (const VaultError& error) {
+        // Nothing mounted: locked already.
+        if (error.kind() != VaultError::Case::notMounted)
+            return error.errorDescription();
+    }
+    return {};
+}
