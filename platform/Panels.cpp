@@ -9,6 +9,8 @@
 #include <QMimeDatabase>
 #include <QPointer>
 #include <QPushButton>
+#include <QStandardPaths>
+#include <QWindow>
 
 namespace platform {
 
@@ -91,8 +93,13 @@ bool canShowDialogs() {
 // Shown without blocking; finished and answered once, or closed with its owner unanswered.
 void showPanel(QFileDialog* dialog, QObject* owner, std::function<void(QFileDialog*)> accepted,
                std::function<void()> cancelled) {
-    // Top-level over the Qt Quick window, and modal to the whole application.
+    // Top-level over the Qt Quick window, and modal to the whole application. A desktop's own
+    // dialog learns which window it belongs to from the transient parent.
     dialog->setWindowModality(Qt::ApplicationModal);
+    if (QWindow* over = QGuiApplication::focusWindow()) {
+        dialog->winId();
+        dialog->windowHandle()->setTransientParent(over);
+    }
     QObject::connect(owner, &QObject::destroyed, dialog, [dialog, owner] {
         // The owner is on its way out but still connected: cut the answer off first.
         QObject::disconnect(dialog, &QDialog::finished, owner, nullptr);
@@ -110,6 +117,32 @@ void showPanel(QFileDialog* dialog, QObject* owner, std::function<void(QFileDial
 }
 
 } // namespace
+
+bool portalFileDialogsWanted(const QByteArray& currentDesktop, const QByteArray& chosenTheme,
+                             bool portalInstalled) {
+    if (!chosenTheme.isEmpty() || !portalInstalled)
+        return false;
+    // A list such as "ubuntu:GNOME" or "KDE".
+    for (const QByteArray& desktop : currentDesktop.split(':')) {
+        if (desktop.compare("GNOME", Qt::CaseInsensitive) == 0 ||
+            desktop.compare("KDE", Qt::CaseInsensitive) == 0)
+            return true;
+    }
+    return false;
+}
+
+bool preferPortalFileDialogs() {
+    // The portal is started on demand by the session bus, so its service file tells whether
+    // it is there.
+    const bool installed = !QStandardPaths::locate(QStandardPaths::GenericDataLocation,
+                                                   QStringLiteral("dbus-1/services/org.freedesktop.portal.Desktop.service"))
+                                .isEmpty();
+    if (!portalFileDialogsWanted(qgetenv("XDG_CURRENT_DESKTOP"), qgetenv("QT_QPA_PLATFORMTHEME"),
+                                 installed))
+        return false;
+    qputenv("QT_QPA_PLATFORMTHEME", "xdgdesktopportal");
+    return true;
+}
 
 Panels::Panels(QObject* parent) : QObject(parent) {}
 

@@ -31,6 +31,17 @@ struct SavePanelOptions {
     bool operator==(const SavePanelOptions&) const = default;
 };
 
+// Qt reaches the desktop portal's file dialogs on its own only inside Flatpak and Snap.
+// On GNOME and KDE, with the portal installed and no platform theme chosen by the user, this
+// asks Qt for its portal integration (which falls back to its usual theme where the plugin
+// is missing) by setting QT_QPA_PLATFORMTHEME before the application object exists; true
+// when it did, so the caller can take the variable back once the application is up.
+bool preferPortalFileDialogs();
+// The decision alone: the session's XDG_CURRENT_DESKTOP, the user's QT_QPA_PLATFORMTHEME, and
+// whether the portal service is installed.
+bool portalFileDialogsWanted(const QByteArray& currentDesktop, const QByteArray& chosenTheme,
+                             bool portalInstalled);
+
 // The desktop's file pickers, native through the desktop's own dialogs where the platform
 // theme offers them (the desktop portal, KDE, GTK). Each opens and returns at once, with no
 // event loop of its own; the answer comes later, nothing when cancelled. A panel lives no

@@ -135,6 +135,16 @@ private slots:
                  QList<QUrl>({QUrl::fromLocalFile(dir.filePath("a.txt"))}));
     }
 
+    // The desktop's own dialogs where the portal can show them, never over a platform theme
+    // the user chose.
+    void portalDialogsOnGnomeAndKde() {
+        QVERIFY(platform::portalFileDialogsWanted("ubuntu:GNOME", {}, true));
+        QVERIFY(platform::portalFileDialogsWanted("KDE", {}, true));
+        QVERIFY(!platform::portalFileDialogsWanted("KDE", "kde", true));
+        QVERIFY(!platform::portalFileDialogsWanted("GNOME", {}, false));
+        QVERIFY(!platform::portalFileDialogsWanted("XFCE", {}, true));
+    }
+
     void cancelledPanelsAnswerNothing() {
         platform::Panels panels;
         QString title;
