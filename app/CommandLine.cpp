@@ -27,8 +27,13 @@ int runCommandLine(int argc, char* argv[]) {
         QStringLiteral("Morvanta keeps sensitive files, folders and apps in one encrypted vault.\n"
                        "Started without options, it opens its window (or brings forward the "
                        "one already open)."));
-    const QCommandLineOption help = parser.addHelpOption();
-    const QCommandLineOption version = parser.addVersionOption();
+    // Qt's own help option would also offer --help-all, for options a window-less run lacks.
+    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
+                                  QStringLiteral("Show these options and exit."));
+    const QCommandLineOption version({QStringLiteral("v"), QStringLiteral("version")},
+                                     QStringLiteral("Show the version and exit."));
+    parser.addOption(help);
+    parser.addOption(version);
     const QCommandLineOption lock(
         QStringLiteral("lock"),
         QStringLiteral("Lock the vault of the running Morvanta and exit. Succeeds also when "
