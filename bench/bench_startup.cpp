@@ -82,9 +82,11 @@ int main(int argc, char* argv[]) {
     environment.insert("QT_LOGGING_RULES", "qt.scenegraph.time.renderloop.debug=true");
 
     std::printf("\n## Start-up: first frame of a new process (median of %d runs)\n\n", runs);
-    std::printf("Milliseconds to the first frame, and in brackets the processor time used by then.\n\n");
-    std::printf("| start | Morvanta | Qt Quick window | ratio | Qt Quick Controls window | ratio |\n"
-                "|---|---:|---:|---:|---:|---:|\n");
+    std::printf(
+        "Milliseconds to the first frame, and in brackets the processor time used by then.\n\n");
+    std::printf(
+        "| start | Morvanta | Qt Quick window | ratio | Qt Quick Controls window | ratio |\n"
+        "|---|---:|---:|---:|---:|---:|\n");
     const auto cell = [](const QList<Start>& starts) {
         QList<double> ms, cpu;
         for (const Start& start : starts) {
@@ -109,9 +111,10 @@ int main(int argc, char* argv[]) {
         const auto [m, mCpu] = cell(morvanta);
         const auto [w, wCpu] = cell(window);
         const auto [c, cCpu] = cell(controls);
-        std::printf("| %s | %.0f (%.0f) | %.0f (%.0f) | %.2f (%.2f) | %.0f (%.0f) | %.2f (%.2f) |\n",
-                    withVault ? "a locked vault (lock screen)" : "first run (welcome pages)", m,
-                    mCpu, w, wCpu, m / w, mCpu / wCpu, c, cCpu, m / c, mCpu / cCpu);
+        std::printf(
+            "| %s | %.0f (%.0f) | %.0f (%.0f) | %.2f (%.2f) | %.0f (%.0f) | %.2f (%.2f) |\n",
+            withVault ? "a locked vault (lock screen)" : "first run (welcome pages)", m, mCpu, w,
+            wCpu, m / w, mCpu / wCpu, c, cCpu, m / c, mCpu / cCpu);
     }
     return 0;
 }

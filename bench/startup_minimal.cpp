@@ -9,9 +9,10 @@ int main(int argc, char* argv[]) {
     QGuiApplication app(argc, argv);
     QQmlApplicationEngine engine;
     if (app.arguments().contains(QStringLiteral("--controls"))) {
-        engine.loadData("import QtQuick\nimport QtQuick.Controls.Basic\n"
-                        "ApplicationWindow { width: 600; height: 600; visible: true\n"
-                        "    Column { Label { text: \"Morvanta\" } Button { text: \"Unlock\" } } }");
+        engine.loadData(
+            "import QtQuick\nimport QtQuick.Controls.Basic\n"
+            "ApplicationWindow { width: 600; height: 600; visible: true\n"
+            "    Column { Label { text: \"Morvanta\" } Button { text: \"Unlock\" } } }");
     } else {
         engine.loadData("import QtQuick\n"
                         "Window { width: 600; height: 600; visible: true\n"

@@ -134,9 +134,10 @@ bool portalFileDialogsWanted(const QByteArray& currentDesktop, const QByteArray&
 bool preferPortalFileDialogs() {
     // The portal is started on demand by the session bus, so its service file tells whether
     // it is there.
-    const bool installed = !QStandardPaths::locate(QStandardPaths::GenericDataLocation,
-                                                   QStringLiteral("dbus-1/services/org.freedesktop.portal.Desktop.service"))
-                                .isEmpty();
+    const QString service =
+        QStringLiteral("dbus-1/services/org.freedesktop.portal.Desktop.service");
+    const bool installed =
+        !QStandardPaths::locate(QStandardPaths::GenericDataLocation, service).isEmpty();
     if (!portalFileDialogsWanted(qgetenv("XDG_CURRENT_DESKTOP"), qgetenv("QT_QPA_PLATFORMTHEME"),
                                  installed))
         return false;

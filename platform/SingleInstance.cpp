@@ -34,7 +34,8 @@ QString runtimeFolder() {
 QString socketPathFor(const QString& name) {
     const QString folder = runtimeFolder();
     // A leading dot: never the name of a mount point in the same folder.
-    return folder.isEmpty() ? QString() : QDir(folder).filePath(QStringLiteral(".%1.instance").arg(name));
+    return folder.isEmpty() ? QString()
+                            : QDir(folder).filePath(QStringLiteral(".%1.instance").arg(name));
 }
 
 } // namespace
@@ -105,7 +106,8 @@ QByteArray SingleInstance::answer(const QByteArray& request) {
     }
     if (request != kLock)
         return {};
-    const QString failure = m_lockHandler ? m_lockHandler() : QStringLiteral("Nothing here can lock.");
+    const QString failure =
+        m_lockHandler ? m_lockHandler() : QStringLiteral("Nothing here can lock.");
     if (failure.isEmpty())
         return kLocked;
     // One line, whatever the reason held.

@@ -135,7 +135,8 @@ private slots:
             running.setLockHandler([] { return QStringLiteral("Unmount failed:\nresource busy"); });
             const Run failed = morvanta({"--lock"});
             QCOMPARE(failed.status, 1);
-            QCOMPARE(failed.err, "morvanta: could not lock the vault: Unmount failed: resource busy\n");
+            QCOMPARE(failed.err,
+                     "morvanta: could not lock the vault: Unmount failed: resource busy\n");
         }
         const Run version = morvanta({"--version"});
         QCOMPARE(version.status, 0);
