@@ -8,6 +8,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <map>
+
 Q_DECLARE_METATYPE(std::optional<qint64>)
 
 namespace {
@@ -75,20 +77,28 @@ private slots:
         QCOMPARE(quiz.question(), "1000 + 99 = ?");
     }
 
-    void drawnQuestionsStayInTheirRanges() {
+    // Every operand anywhere in its range, ends included, and nothing outside it. A
+    // difference puts the larger first, so there both operands share one range.
+    void drawnQuestionsCoverTheirRanges() {
         MathQuiz quiz;
-        QSet<MathQuiz::Op> seen;
-        for (int i = 0; i < 3000; ++i) {
+        using Span = std::pair<qint64, qint64>; // the lowest and highest seen
+        std::map<std::pair<MathQuiz::Op, int>, Span> spans;
+        const auto see = [&spans](MathQuiz::Op op, int operand, qint64 value) {
+            auto& [low, high] = spans.try_emplace({op, operand}, value, value).first->second;
+            low = std::min(low, value);
+            high = std::max(high, value);
+        };
+        for (int i = 0; i < 10000; ++i) {
             quiz.regenerate();
-            seen.insert(quiz.op());
-            const qint64 low = quiz.op() == MathQuiz::Op::mul ? 3 : 10;
-            const qint64 high = quiz.op() == MathQuiz::Op::mul ? 12 : 99;
-            QVERIFY(quiz.a() >= low && quiz.a() <= high);
-            QVERIFY(quiz.b() >= low && quiz.b() <= high);
-            if (quiz.op() == MathQuiz::Op::sub)
-                QVERIFY(quiz.a() >= quiz.b());
+            const bool sub = quiz.op() == MathQuiz::Op::sub;
+            QVERIFY(!sub || quiz.a() >= quiz.b());
+            see(quiz.op(), 0, quiz.a());
+            see(quiz.op(), sub ? 0 : 1, quiz.b());
         }
-        QCOMPARE(seen.size(), 3);
+        for (const MathQuiz::Op op : {MathQuiz::Op::add, MathQuiz::Op::mul})
+            for (const int operand : {0, 1})
+                QCOMPARE(spans[std::pair(op, operand)], op == MathQuiz::Op::mul ? Span(3, 12) : Span(10, 99));
+        QCOMPARE(spans[std::pair(MathQuiz::Op::sub, 0)], Span(10, 99));
     }
 
     void regenerateLeavesTheBoxAndTheGrade() {

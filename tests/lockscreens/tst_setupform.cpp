@@ -36,12 +36,14 @@ private slots:
         QTest::newRow("empty") << "" << 0 << 0 << "At least 8 characters.";
         QTest::newRow("one lowercase letter: level 0 reads weak")
             << "a" << 10 << 0 << "Weak password.";
-        QTest::newRow("12 rounds down to level 0") << "a1" << 20 << 1 << "Weak password.";
+        QTest::newRow("20 rounds up to level 1") << "a1" << 20 << 1 << "Weak password.";
         QTest::newRow("eight lowercase") << "abcdefgh" << 30 << 1 << "Weak password.";
         QTest::newRow("eight spaces are symbols") << "        " << 35 << 1 << "Weak password.";
         QTest::newRow("upper, lower, digit") << "Abcdefg1" << 50 << 2 << "Fair password.";
         QTest::newRow("and a symbol") << "Abcdefg1!" << 65 << 3 << "Strong password.";
-        QTest::newRow("thirteen, all kinds") << "Abcdefghij1!x" << 85 << 3 << "Strong password.";
+        QTest::newRow("eleven, all kinds") << "Abcdefghi1!" << 65 << 3 << "Strong password.";
+        QTest::newRow("twelve, all kinds") << "Abcdefghij1!" << 85 << 3 << "Strong password.";
+        QTest::newRow("fifteen, all kinds") << "Abcdefghijklm1!" << 85 << 3 << "Strong password.";
         QTest::newRow("sixteen, all kinds") << "Abcdefghijk1!xyz" << 100 << 4 << "Very strong.";
         QTest::newRow("other scripts' digits count")
             << "abcdefg\u0663" << 40 << 2 << "Fair password.";
