@@ -170,11 +170,7 @@ private slots:
         RecordingRunner tool;
         VaultManager vault(support.path(), creatingRunner(tool));
         tool.replies = {{0, {}, {}},
-                        {0,
-                         "<plist version=\"1.0\"><dict><key>system-entities</key><array><dict>"
-                         "<key>mount-point</key><string>/mnt/v</string></dict></array></dict>"
-                         "</plist>",
-                         {}}};
+                        RecordingRunner::attached("/mnt/v")};
         SetupForm form;
         form.setVault(&vault);
         form.setPassword(" pass word ");

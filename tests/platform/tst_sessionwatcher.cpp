@@ -93,10 +93,7 @@ class TestSessionWatcher : public QObject {
         QVERIFY(connection("logind").send(message));
     }
     void unlock(VaultManager& vault) {
-        m_tool.replies = {{0,
-                           "<plist><dict><key>system-entities</key><array><dict><key>mount-point"
-                           "</key><string>/run/m</string></dict></array></dict></plist>",
-                           {}}};
+        m_tool.replies = {RecordingRunner::attached("/run/m")};
         vault.unlock("pw");
         QVERIFY(vault.isUnlocked());
     }
