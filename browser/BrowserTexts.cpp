@@ -57,6 +57,8 @@ QString progressText(const WorkProgress& progress, const QLocale& locale) {
                     .arg(byteCountText(qint64(progress.bytesDone), locale),
                          byteCountText(qint64(progress.bytesTotal), locale));
     }
+    else if (progress.fraction >= 0)
+        text += QStringLiteral(" \u2014 %1%").arg(qRound(progress.fraction * 100));
     if (progress.filesTotal > 1)
         text += QStringLiteral(", %1 of %2 items").arg(progress.filesDone).arg(progress.filesTotal);
     return text;

@@ -26,6 +26,8 @@ double WorkStrip::fraction() const {
     if (!m_vault)
         return -1;
     const WorkProgress progress = m_vault->progress();
+    if (progress.fraction >= 0)
+        return std::min(1.0, progress.fraction);
     if (progress.bytesTotal > 0)
         return std::min(1.0, progress.bytesDone / progress.bytesTotal);
     if (progress.filesTotal > 0)

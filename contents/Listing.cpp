@@ -88,34 +88,10 @@ VaultItem VaultManager::makeItem(const QUrl& url) const {
     return item;
 }
 
-// Logical sizes: a folder counts the bytes of every regular file below it. Links add
-// nothing and are never followed; an unreadable folder is left out and the walk goes on.
-// Sparse files can add up past what 64 bits hold, so the total stops at the largest value.
+// Logical sizes: a folder counts the bytes of every regular file below it.
 std::optional<qint64> VaultManager::sizeOfItem(const QUrl& url) const {
     const std::string path = QFile::encodeName(url.toLocalFile()).toStdString();
     if (!platform::isDirectoryNoFollow(path))
         return platform::entrySize(path);
-
-    qint64 total = 0;
-    std::vector<std::string> folders{path};
-    while (!folders.empty()) {
-        const std::string folder = std::move(folders.back());
-        folders.pop_back();
-        DIR* dir = ::opendir(folder.c_str());
-        if (!dir)
-            continue;
-        while (const dirent* entry = ::readdir(dir)) {
-            if (std::strcmp(entry->d_name, ".") == 0 || std::strcmp(entry->d_name, "..") == 0)
-                continue;
-            struct stat info {};
-            if (::fstatat(::dirfd(dir), entry->d_name, &info, AT_SYMLINK_NOFOLLOW) != 0)
-                continue;
-            if (S_ISDIR(info.st_mode))
-                folders.push_back(folder + '/' + entry->d_name);
-            else if (S_ISREG(info.st_mode) && __builtin_add_overflow(total, qint64(info.st_size), &total))
-                total = std::numeric_limits<qint64>::max();
-        }
-        ::closedir(dir);
-    }
-    return total;
+    return platform::countTree(path).bytes;
 }

@@ -59,9 +59,11 @@ void VaultManager::deleteItem(const QUrl& url) {
     const QString path = QDir::cleanPath(url.toLocalFile());
     if (QDir::cleanPath(QFileInfo(path).path()) != QDir::cleanPath(vaultRoot()))
         throw VaultError::ioFailed(QStringLiteral("Item is not inside the vault."));
-    // A lock stops a large deletion part-way: what is left stays listed, and can be deleted
-    // again.
-    if (const platform::FileError error = m_files->erase(local(path), &m_cancelRequested)) {
+    // Counted first, for the progress strip. A lock stops a large deletion part-way: what is
+    // left stays listed, and can be deleted again.
+    const platform::TreeTotals totals = platform::countTree(local(path));
+    const platform::CopyObserver observer = progressObserver(url.fileName(), totals.bytes, totals.entries);
+    if (const platform::FileError error = m_files->erase(local(path), observer)) {
         refreshItems();
         throw VaultError::ioFailed(QString::fromStdString(*error));
     }

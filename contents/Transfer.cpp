@@ -70,7 +70,8 @@ void VaultManager::stageCopy(const QString& source, const QString& target,
     const QString staging = QFileInfo(target).path() + QLatin1Char('/') + kStagingPrefix +
                             QString::number(QRandomGenerator::system()->generate64(), 16);
     try {
-        const platform::CopyObserver observer = progressObserver(QFileInfo(target).fileName(), survey);
+        const platform::CopyObserver observer = progressObserver(QFileInfo(target).fileName(), survey.totalBytes,
+                                                                     std::int64_t(survey.entries.size()));
         if (const platform::FileError error = m_files->copy(local(source), local(staging), survey, observer))
             throw VaultError::ioFailed(QString::fromStdString(*error));
         // Whole on stable storage before it takes the name, and the name before the original

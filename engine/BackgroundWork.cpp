@@ -62,9 +62,9 @@ void VaultManager::publish(std::function<void()> change) {
         QMetaObject::invokeMethod(this, std::move(change), Qt::QueuedConnection);
 }
 
-platform::CopyObserver VaultManager::progressObserver(const QString& name,
-                                                      const platform::TreeSurvey& survey) {
-    const WorkProgress start{name, 0, double(survey.totalBytes), 0, int(survey.entries.size())};
+platform::CopyObserver VaultManager::progressObserver(const QString& name, std::int64_t totalBytes,
+                                                      std::int64_t entries) {
+    const WorkProgress start{name, 0, double(totalBytes), 0, int(entries)};
     setProgress(start);
     auto clock = std::make_shared<QElapsedTimer>();
     clock->start();

@@ -9,6 +9,7 @@
 
 #include <plist/plist.h>
 
+#include <algorithm>
 #include <memory>
 
 namespace {
@@ -80,7 +81,8 @@ std::optional<QString> firstMountPoint(plist_t entities) {
 } // namespace
 
 HDIUtilResult runHDIUtilProgram(const QString& program, const QStringList& args,
-                                const std::optional<QString>& stdinText) {
+                                const std::optional<QString>& stdinText,
+                                const HDIUtilOutputLine& onLine) {
     std::vector<std::string> argv;
     argv.reserve(std::size_t(args.size()));
     for (const QString& arg : args)
@@ -94,15 +96,40 @@ HDIUtilResult runHDIUtilProgram(const QString& program, const QStringList& args,
     if (input)
         inputBytes = std::string_view(input->constData(), std::size_t(input->size()));
 
-    platform::ProcessResult run = platform::runProcess(program.toStdString(), argv, inputBytes);
+    // Output split into lines as it arrives; a line cut by the end of a chunk waits for the rest.
+    std::string partLine;
+    platform::OutputChunks onOutput;
+    if (onLine) {
+        onOutput = [&](std::string_view chunk) {
+            partLine.append(chunk);
+            for (std::size_t end; (end = partLine.find('\n')) != std::string::npos;) {
+                onLine(decodeOrEmpty(partLine.substr(0, end)));
+                partLine.erase(0, end + 1);
+            }
+        };
+    }
+    platform::ProcessResult run = platform::runProcess(program.toStdString(), argv, inputBytes,
+                                                       platform::OutputCapture::Pipes, {}, onOutput);
     if (input)
         platform::wipe(input->data(), std::size_t(input->size()));
     return {run.status, decodeOrEmpty(run.out), decodeOrEmpty(run.err)};
 }
 
-HDIUtilResult runHDIUtilProcess(const QStringList& args, const std::optional<QString>& stdinText) {
+HDIUtilResult runHDIUtilProcess(const QStringList& args, const std::optional<QString>& stdinText,
+                                const HDIUtilOutputLine& onLine) {
     return runHDIUtilProgram(QString::fromStdString(platform::hdiutilProgramPath()), args,
-                             stdinText);
+                             stdinText, onLine);
+}
+
+std::optional<double> parsePercentLine(const QString& line) {
+    static const QString prefix = QStringLiteral("PERCENT:");
+    if (!line.startsWith(prefix))
+        return std::nullopt;
+    bool ok = false;
+    const double percent = line.mid(prefix.size()).trimmed().toDouble(&ok);
+    if (!ok || percent < 0)
+        return std::nullopt;
+    return std::min(percent, 100.0) / 100.0;
 }
 
 std::optional<QString> parseMountPoint(const QString& plist) {

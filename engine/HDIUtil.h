@@ -17,20 +17,32 @@ struct HDIUtilResult {
     bool operator==(const HDIUtilResult&) const = default;
 };
 
-// How the engine runs the tool: argument list (without the program) and optional standard
-// input text. Never throws; every failure is in the result.
-using HDIUtilRunner =
-    std::function<HDIUtilResult(const QStringList& args, const std::optional<QString>& stdinText)>;
+// Told of each line the tool writes to standard output while it runs, without its line feed
+// (the tool's progress, "PERCENT:<n>", when asked for with -puppetstrings). May be empty.
+using HDIUtilOutputLine = std::function<void(const QString& line)>;
+
+// How the engine runs the tool: argument list (without the program), optional standard
+// input text, and who hears its output line by line. Never throws; every failure is in the
+// result.
+using HDIUtilRunner = std::function<HDIUtilResult(
+    const QStringList& args, const std::optional<QString>& stdinText, const HDIUtilOutputLine& onLine)>;
 
 // Runs the disk-image tool to completion. The standard-input text is written as its exact
 // UTF-8 bytes, with no terminator, and the pipe is then closed; an empty text still gets a
-// pipe. Both outputs are read after the tool exits.
-HDIUtilResult runHDIUtilProcess(const QStringList& args, const std::optional<QString>& stdinText);
+// pipe. With `onLine`, standard output is read as it arrives; otherwise both outputs are read
+// after the tool exits.
+HDIUtilResult runHDIUtilProcess(const QStringList& args, const std::optional<QString>& stdinText,
+                                const HDIUtilOutputLine& onLine = {});
 
 // The same, for a tool at another path (tests run a build of the tool with a cheaper key
 // derivation).
 HDIUtilResult runHDIUtilProgram(const QString& program, const QStringList& args,
-                                const std::optional<QString>& stdinText);
+                                const std::optional<QString>& stdinText,
+                                const HDIUtilOutputLine& onLine = {});
+
+// How far the tool has got, from one of its "PERCENT:<n>" lines: 0 to 1, or nothing for any
+// other line and for the tool's "not known" (-1).
+std::optional<double> parsePercentLine(const QString& line);
 
 // The mount point in the property list that "attach -plist" prints: the first entry of
 // "system-entities" with a non-empty "mount-point" text. XML and binary lists are read.

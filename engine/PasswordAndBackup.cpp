@@ -49,6 +49,15 @@ void VaultManager::changePassword(const QString& oldPassword, const QString& new
         throw VaultError::ioFailed(*reason);
 
     detachForPasswordChange();
+    // A lock asked for meanwhile wins at each step that can give way: the vault stays locked
+    // under whichever password is in force, and is not opened again.
+    const auto giveWayToLock = [this] {
+        if (!m_cancelRequested)
+            return;
+        publishLockedState();
+        throw VaultError::ioFailed(kCancelledText);
+    };
+    giveWayToLock();
 
     QString input = oldPassword + QChar(0) + newPassword + QChar(0);
     const HDIUtilResult result = runTool(
@@ -57,6 +66,7 @@ void VaultManager::changePassword(const QString& oldPassword, const QString& new
         input);
     input.fill(QChar(0));
 
+    giveWayToLock();
     if (result.status == 0) {
         try {
             attachAfterPasswordChange(newPassword);
@@ -108,14 +118,21 @@ void VaultManager::backupVault(const QUrl& destination) {
     // The one tool run that a cancel or a lock stops: the tool then removes its unfinished
     // archive, and the previous backup stays as it was.
     const platform::StopWhen stop(&m_cancelRequested);
-    // How far 7-Zip has got is not known here: the strip shows the backup's name, and Cancel.
-    setProgress({destination.fileName(), 0, 0, 0, 0});
+    // The tool tells how far it has got, as the backup's share done.
+    WorkProgress progress{destination.fileName(), 0, 0, 0, 0, -1};
+    setProgress(progress);
     const HDIUtilResult result = runTool(
         {QStringLiteral("create"), QStringLiteral("-encryption"), QStringLiteral("AES-256"),
          QStringLiteral("-stdinpass"), QStringLiteral("-srcfolder"), m_mountPoint.toLocalFile(),
          QStringLiteral("-volname"), kVolumeName, QStringLiteral("-format"),
-         QStringLiteral("UDZO"), QStringLiteral("-ov"), destination.toLocalFile()},
-        *m_unlockedPassword);
+         QStringLiteral("UDZO"), QStringLiteral("-puppetstrings"), QStringLiteral("-ov"),
+         destination.toLocalFile()},
+        *m_unlockedPassword, [&](const QString& line) {
+            if (const std::optional<double> fraction = parsePercentLine(line)) {
+                progress.fraction = *fraction;
+                setProgress(progress);
+            }
+        });
     if (m_cancelRequested)
         throw VaultError::ioFailed(kCancelledText);
     // A failed backup is an I/O failure, not a failed create.

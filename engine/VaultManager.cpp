@@ -53,8 +53,9 @@ void VaultManager::setIdleTimeoutSeconds(double seconds) {
 }
 
 HDIUtilResult VaultManager::runTool(const QStringList& args,
-                                    const std::optional<QString>& stdinText) const {
-    return m_hdiutilRunner(args, stdinText);
+                                    const std::optional<QString>& stdinText,
+                                    const HDIUtilOutputLine& onLine) const {
+    return m_hdiutilRunner(args, stdinText, onLine);
 }
 
 void VaultManager::createVault(const QString& password) {
@@ -110,8 +111,13 @@ void VaultManager::attach(const QString& password) {
 
 void VaultManager::lock() {
     // The lock always wins: whatever runs is cancelled, rolls back, and then the vault locks.
+    const bool wasShownUnlocked = m_shownUnlocked;
     finishBackgroundWork(true);
     stopIdleTimer();
+    // Work that gave way may have locked the vault itself (a password change stopped while
+    // the image was detached): locked is what was asked for.
+    if (m_mountPoint.isEmpty() && wasShownUnlocked)
+        return;
     if (m_mountPoint.isEmpty())
         throw VaultError::notMounted();
     const QString path = m_mountPoint.toLocalFile();

@@ -142,7 +142,8 @@ signals:
 
 private:
     HDIUtilResult runTool(const QStringList& args,
-                          const std::optional<QString>& stdinText = std::nullopt) const;
+                          const std::optional<QString>& stdinText = std::nullopt,
+                          const HDIUtilOutputLine& onLine = {}) const;
     // "attach" and publishing the unlocked state; shared with reopening after a re-key.
     void attach(const QString& password);
     void detachStaleMounts();
@@ -177,8 +178,9 @@ private:
     void publish(std::function<void()> change);
     // Waits for the work under way, cancelling it first when asked to.
     void finishBackgroundWork(bool cancel);
-    // The copy's observer: stops on cancel, and tells of progress now and then.
-    platform::CopyObserver progressObserver(const QString& name, const platform::TreeSurvey& survey);
+    // The observer of a copy or a removal: stops on cancel, and tells of progress now and then.
+    platform::CopyObserver progressObserver(const QString& name, std::int64_t totalBytes,
+                                            std::int64_t entries);
     void setProgress(const WorkProgress& progress);
 
     void setUnlocked(bool unlocked);

@@ -12,6 +12,7 @@ struct WorkProgress {
     Q_PROPERTY(double bytesTotal MEMBER bytesTotal)
     Q_PROPERTY(int filesDone MEMBER filesDone)
     Q_PROPERTY(int filesTotal MEMBER filesTotal)
+    Q_PROPERTY(double fraction MEMBER fraction)
 
 public:
     QString name; // the item being worked on
@@ -19,6 +20,9 @@ public:
     double bytesTotal = 0;
     int filesDone = 0;
     int filesTotal = 0;
+    // From 0 to 1, for work that counts neither files nor bytes (a backup, as 7-Zip tells
+    // it); below 0 when not known.
+    double fraction = -1;
 
     bool operator==(const WorkProgress&) const = default;
 };

@@ -45,8 +45,8 @@ FileError FileLayer::remove(const std::string& root, const TreeSurvey& survey, b
     return removeSurveyed(root, survey, makeWritable);
 }
 
-FileError FileLayer::erase(const std::string& path, const std::atomic<bool>* stop) {
-    return removeTree(path, stop);
+FileError FileLayer::erase(const std::string& path, const CopyObserver& observer) {
+    return removeTree(path, observer);
 }
 
 } // namespace platform

@@ -24,7 +24,7 @@ public:
     // Removes what the survey saw and is unchanged (see removeSurveyed).
     virtual FileError remove(const std::string& root, const TreeSurvey& survey, bool makeWritable);
     // Removes one of the app's own copies whole (see removeTree).
-    virtual FileError erase(const std::string& path, const std::atomic<bool>* stop = nullptr);
+    virtual FileError erase(const std::string& path, const CopyObserver& observer = {});
 };
 
 } // namespace platform

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
+#include <poll.h>
 #include <pthread.h>
 #include <spawn.h>
 #include <string.h>
@@ -128,6 +129,39 @@ int waitForExit(pid_t pid) {
     return -1;
 }
 
+// Reads standard output as it arrives, and standard error beside it when that is a pipe too
+// (a child blocked on a full error pipe would never finish its output), until both end. A
+// stop asked for meanwhile ends the child as waitForExit would.
+void readWhileRunning(int out, int err, pid_t pid, const OutputChunks& onOutput,
+                      ProcessResult& result) {
+    pollfd fds[2] = {{out, POLLIN, 0}, {err, POLLIN, 0}};
+    std::string* into[2] = {&result.out, &result.err};
+    bool asked = false;
+    char buffer[4096];
+    while (fds[0].fd >= 0 || fds[1].fd >= 0) {
+        // Woken now and then to look at the stop, which has no descriptor of its own.
+        const int ready = ::poll(fds, 2, t_stop ? 20 : -1);
+        if (t_stop && !asked && t_stop->load()) {
+            ::kill(pid, SIGTERM);
+            asked = true;
+        }
+        if (ready < 0 && errno != EINTR)
+            return;
+        for (int i = 0; ready > 0 && i < 2; ++i) {
+            if (fds[i].fd < 0 || fds[i].revents == 0)
+                continue;
+            const ssize_t n = ::read(fds[i].fd, buffer, sizeof buffer);
+            if (n > 0) {
+                into[i]->append(buffer, std::size_t(n));
+                if (i == 0)
+                    onOutput(std::string_view(buffer, std::size_t(n)));
+            } else if (n == 0 || errno != EINTR) {
+                fds[i].fd = -1;
+            }
+        }
+    }
+}
+
 } // namespace
 
 StopWhen::StopWhen(const std::atomic<bool>* stop) : m_previous(t_stop) { t_stop = stop; }
@@ -136,7 +170,7 @@ StopWhen::~StopWhen() { t_stop = m_previous; }
 
 ProcessResult runProcess(const std::string& program, const std::vector<std::string>& args,
                          std::optional<std::string_view> stdinBytes, OutputCapture capture,
-                         const std::string& workingDirectory) {
+                         const std::string& workingDirectory, const OutputChunks& onOutput) {
     ProcessResult result;
     auto fail = [&](const char* what, int error) {
         result.status = -1;
@@ -155,19 +189,20 @@ ProcessResult runProcess(const std::string& program, const std::vector<std::stri
             return fail("/dev/null", errno);
     }
 
+    const bool pipeOut = capture == OutputCapture::Pipes || onOutput;
+    const bool pipeErr = capture == OutputCapture::Pipes;
     PipeFds outPipe, errPipe;
     Fd outFile, errFile;
-    if (capture == OutputCapture::Pipes) {
-        if (!outPipe.open() || !errPipe.open())
-            return fail("pipe", errno);
-    } else {
+    if ((pipeOut && !outPipe.open()) || (pipeErr && !errPipe.open()))
+        return fail("pipe", errno);
+    if (!pipeOut)
         outFile.reset(::memfd_create("stdout", MFD_CLOEXEC));
+    if (!pipeErr)
         errFile.reset(::memfd_create("stderr", MFD_CLOEXEC));
-        if (!outFile.valid() || !errFile.valid())
-            return fail("memfd_create", errno);
-    }
-    const int childOut = capture == OutputCapture::Pipes ? outPipe.write.get() : outFile.get();
-    const int childErr = capture == OutputCapture::Pipes ? errPipe.write.get() : errFile.get();
+    if ((!pipeOut && !outFile.valid()) || (!pipeErr && !errFile.valid()))
+        return fail("memfd_create", errno);
+    const int childOut = pipeOut ? outPipe.write.get() : outFile.get();
+    const int childErr = pipeErr ? errPipe.write.get() : errFile.get();
     const int childIn = stdinBytes ? input.read.get() : devNull.get();
 
     posix_spawn_file_actions_t actions;
@@ -217,14 +252,13 @@ ProcessResult runProcess(const std::string& program, const std::vector<std::stri
         input.write.reset();
     }
 
+    if (onOutput)
+        readWhileRunning(outPipe.read.get(), pipeErr ? errPipe.read.get() : -1, pid, onOutput, result);
     result.status = waitForExit(pid);
-    if (capture == OutputCapture::Pipes) {
-        result.out = readToEnd(outPipe.read.get());
-        result.err = readToEnd(errPipe.read.get());
-    } else {
-        result.out = readMemoryFile(outFile.get());
-        result.err = readMemoryFile(errFile.get());
-    }
+    if (!onOutput)
+        result.out = pipeOut ? readToEnd(outPipe.read.get()) : readMemoryFile(outFile.get());
+    if (!onOutput || !pipeErr)
+        result.err = pipeErr ? readToEnd(errPipe.read.get()) : readMemoryFile(errFile.get());
     return result;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -25,14 +26,20 @@ enum class OutputCapture {
     MemoryFiles,
 };
 
+// Told of a child's standard output as it arrives, in chunks as the pipe delivers them.
+using OutputChunks = std::function<void(std::string_view chunk)>;
+
 // Runs `program` (an absolute path, no shell, no PATH search) with `args` and waits for it.
 // With `stdinBytes` the child's standard input is a pipe that receives exactly those bytes in
 // one write and is then closed; without, it reads from /dev/null. The child starts in
-// `workingDirectory` when one is given. Never throws.
+// `workingDirectory` when one is given. With `onOutput`, standard output is a pipe read while
+// the child runs (whatever `capture` says), handed over as it comes and kept in the result
+// too; no grandchild may keep it open. Never throws.
 ProcessResult runProcess(const std::string& program, const std::vector<std::string>& args,
                          std::optional<std::string_view> stdinBytes,
                          OutputCapture capture = OutputCapture::Pipes,
-                         const std::string& workingDirectory = {});
+                         const std::string& workingDirectory = {},
+                         const OutputChunks& onOutput = {});
 
 // While one lives, a process that runProcess runs on this thread is asked to stop (SIGTERM)
 // as soon as `*stop` turns true, and runProcess returns once it has. For work that may be

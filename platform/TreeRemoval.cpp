@@ -4,7 +4,10 @@
 
 #include <cinttypes>
 #include <cstdio>
+#include <cstring>
 #include <dirent.h>
+#include <fcntl.h>
+#include <limits>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 
@@ -88,8 +91,52 @@ bool untouched(const std::string& root, const TreeSurvey& survey) {
     return true;
 }
 
-FileError removeTree(const std::string& path, const std::atomic<bool>* stop) {
-    if (stop && stop->load())
+TreeTotals countTree(const std::string& path) {
+    TreeTotals totals;
+    // Sparse files can add up past what 64 bits hold.
+    const auto add = [&totals](const struct stat& info) {
+        ++totals.entries;
+        if (S_ISREG(info.st_mode) && __builtin_add_overflow(totals.bytes, info.st_size, &totals.bytes))
+            totals.bytes = std::numeric_limits<std::int64_t>::max();
+    };
+    struct stat info {};
+    if (::lstat(path.c_str(), &info) != 0)
+        return totals;
+    add(info);
+    std::vector<std::string> folders;
+    if (S_ISDIR(info.st_mode))
+        folders.push_back(path);
+    while (!folders.empty()) {
+        const std::string folder = std::move(folders.back());
+        folders.pop_back();
+        DIR* dir = ::opendir(folder.c_str());
+        if (!dir)
+            continue;
+        while (const dirent* entry = ::readdir(dir)) {
+            if (std::strcmp(entry->d_name, ".") == 0 || std::strcmp(entry->d_name, "..") == 0)
+                continue;
+            // Looked up beside the open folder: on a FUSE mount one request rather than a walk.
+            if (::fstatat(::dirfd(dir), entry->d_name, &info, AT_SYMLINK_NOFOLLOW) != 0)
+                continue;
+            add(info);
+            if (S_ISDIR(info.st_mode))
+                folders.push_back(folder + '/' + entry->d_name);
+        }
+        ::closedir(dir);
+    }
+    return totals;
+}
+
+namespace {
+
+struct Removal {
+    const CopyObserver& observer;
+    std::int64_t entries = 0;
+    std::int64_t bytes = 0;
+};
+
+FileError removeBelow(const std::string& path, Removal& done) {
+    if (done.observer && !done.observer(done.bytes, done.entries))
         return kCancelled;
     struct stat info {};
     if (::lstat(path.c_str(), &info) != 0)
@@ -97,6 +144,8 @@ FileError removeTree(const std::string& path, const std::atomic<bool>* stop) {
     if (!S_ISDIR(info.st_mode)) {
         if (::unlink(path.c_str()) != 0)
             return failure("remove", path, errno);
+        ++done.entries;
+        done.bytes += S_ISREG(info.st_mode) ? info.st_size : 0;
         return std::nullopt;
     }
     if ((info.st_mode & 0700) != 0700)
@@ -110,14 +159,23 @@ FileError removeTree(const std::string& path, const std::atomic<bool>* stop) {
         }
         ::closedir(dir);
         for (const std::string& name : names) {
-            FileError error = removeTree(path + "/" + name, stop);
+            FileError error = removeBelow(path + "/" + name, done);
             if (error && !first)
                 first = error;
         }
     }
     if (::rmdir(path.c_str()) != 0 && !first)
         first = failure("remove", path, errno);
+    if (!first)
+        ++done.entries;
     return first;
+}
+
+} // namespace
+
+FileError removeTree(const std::string& path, const CopyObserver& observer) {
+    Removal done{observer};
+    return removeBelow(path, done);
 }
 
 // One record per entry: seven numbers, a space after each, the relative path, a NUL.

@@ -22,10 +22,20 @@ bool removableLeft(const std::string& root, const TreeSurvey& survey);
 // Whether no surveyed entry has gone yet: the original is still whole.
 bool untouched(const std::string& root, const TreeSurvey& survey);
 
+// What `path` holds, itself included: its entries, and the bytes of its regular files (up to
+// the largest count 64 bits hold). Links are not followed; an unreadable folder counts as
+// empty.
+struct TreeTotals {
+    std::int64_t entries = 0;
+    std::int64_t bytes = 0;
+};
+TreeTotals countTree(const std::string& path);
+
 // Removes `path` and everything below it, opening up read-only folders first. For the app's
-// own copies only: staging leftovers and items deleted from the vault. Stops with kCancelled,
-// part done, once `*stop` turns true.
-FileError removeTree(const std::string& path, const std::atomic<bool>* stop = nullptr);
+// own copies only: staging leftovers and items deleted from the vault. The observer hears of
+// the entries and bytes removed so far before each next one; answering false stops the
+// removal, part done, with kCancelled.
+FileError removeTree(const std::string& path, const CopyObserver& observer = {});
 
 // A survey as bytes, for handing it to the administrator's removal helper on a pipe.
 std::string encodeSurvey(const TreeSurvey& survey);

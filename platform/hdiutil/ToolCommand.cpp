@@ -66,7 +66,7 @@ bool parseToolCommand(const std::vector<std::string>& args, ToolCommand& command
             {"-size", {&size}},                     {"-type", {&type}},
             {"-fs", {&fileSystem}},                 {"-volname", {&command.volumeName}},
             {"-srcfolder", {&command.sourceFolder}}, {"-format", {&command.format}},
-            {"-ov", {nullptr, &command.overwrite}}};
+            {"-ov", {nullptr, &command.overwrite}}, {"-puppetstrings", {nullptr, &command.puppetStrings}}};
         if (!parseOptions(args, known, command, true, error))
             return false;
         if (command.encryption != "AES-256") {

@@ -16,6 +16,7 @@ struct ToolCommand {
     bool plist = false;        // -plist: answer with a property list
     bool force = false;        // detach -force
     bool overwrite = false;    // create -ov
+    bool puppetStrings = false; // -puppetstrings: progress as "PERCENT:<n>" lines on stdout
     std::string encryption;    // create -encryption
     std::string volumeName;    // create -volname
     std::string sourceFolder;  // create -srcfolder: a compressed copy of a folder

@@ -12,10 +12,16 @@
 #include <QRandomGenerator>
 #include <QSemaphore>
 #include <QTest>
+#include <QThread>
 #include <QTimer>
 
 using testsupport::readFile;
 using testsupport::writeFile;
+
+class VaultManagerTestAccess {
+public:
+    static bool cancelRequested(const VaultManager& vault) { return vault.m_cancelRequested; }
+};
 
 
 class TestBackgroundWork : public VaultTestCase {
@@ -30,7 +36,6 @@ class TestBackgroundWork : public VaultTestCase {
         QVERIFY(writeFile(home("film.mkv"), QByteArray(24 << 20, 'f')));
         m_files = std::make_shared<GatedFileLayer>();
         m_vault->setFileLayer(m_files);
-        m_result.reset();
         m_vault->runInBackground([this](VaultManager& vault) { vault.addItem(url(home("film.mkv"))); },
                                  [this](const std::optional<VaultError>& error) { m_result = error; });
         bool ticked = false;
@@ -50,6 +55,7 @@ private slots:
     void init() {
         REQUIRE_FUSE();
         setUpVault();
+        m_result.reset();
     }
     void cleanup() { tearDownVault(); }
 
@@ -95,6 +101,30 @@ private slots:
         QVERIFY(!m_vault->restoreFolder(url(inVault("film.mkv"))));
     }
 
+    void aDeletionCountsFirstAndStopsPartWay_data() { aCancelOrALockStopsTheMoveWithNothingLost_data(); }
+    void aDeletionCountsFirstAndStopsPartWay() {
+        QFETCH(bool, lock);
+        QVERIFY(QDir().mkpath(inVault("Pics")));
+        for (int i = 0; i < 40; ++i)
+            QVERIFY(writeFile(inVault(QString("Pics/%1.jpg").arg(i)), QByteArray(1000, 'p')));
+        m_files = std::make_shared<GatedFileLayer>();
+        m_vault->setFileLayer(m_files);
+        m_vault->runInBackground([this](VaultManager& vault) { vault.deleteItem(url(inVault("Pics"))); },
+                                 [this](const std::optional<VaultError>& error) { m_result = error; });
+        QTRY_VERIFY(m_files->reachedGate.available() > 0);
+        QTRY_COMPARE(m_vault->progress(), (WorkProgress{"Pics", 1000, 40000, 1, 41, -1}));
+        if (lock) {
+            m_vault->lock();
+            m_vault->unlock("pw");
+        } else {
+            m_vault->cancelWork();
+        }
+        QTRY_VERIFY(m_result.has_value());
+        QVERIFY(*m_result && VaultManager::wasCancelled(**m_result));
+        QCOMPARE(QDir(inVault("Pics")).entryList(QDir::Files).size(), 39);
+        QCOMPARE(m_vault->items().size(), 1);
+    }
+
     void aLockDismissesAWaitingAdministratorPrompt() {
         if (::geteuid() != 0)
             QSKIP("needs root to mount a read-only folder");
@@ -118,6 +148,42 @@ private slots:
         QCOMPARE(readFile(home("Protected/app.bin")), "binary");
         m_vault->unlock("pw");
         QCOMPARE(vaultEntries(), QStringList());
+    }
+
+    // Whichever of its steps a password change is in when the lock comes, it ends locked and
+    // unmounted, under the password in force once that step is over.
+    void aLockDuringAPasswordChangeLeavesOnePasswordThatOpens_data() {
+        QTest::addColumn<QString>("step");
+        QTest::addColumn<QString>("inForce");
+        QTest::newRow("detach") << "detach" << "pw";
+        QTest::newRow("chpass") << "chpass" << "new";
+        QTest::newRow("attach") << "attach" << "new";
+    }
+    void aLockDuringAPasswordChangeLeavesOnePasswordThatOpens() {
+        QFETCH(QString, step);
+        QFETCH(QString, inForce);
+        m_vault->lock();
+        std::atomic<bool> armed = false;
+        // The step ends only once the lock has been asked for: it came while the step ran.
+        m_vault = std::make_unique<VaultManager>(
+            home(".support"), [&, tool = testsupport::fastToolRunner()](const QStringList& args, const auto& input,
+                                                                        const HDIUtilOutputLine& onLine) {
+                const HDIUtilResult result = tool(args, input, onLine);
+                if (args.first() == step && armed.exchange(false)) {
+                    QMetaObject::invokeMethod(m_vault.get(), [this] { m_vault->lock(); });
+                    while (!VaultManagerTestAccess::cancelRequested(*m_vault))
+                        QThread::msleep(1);
+                }
+                return result;
+            });
+        m_vault->unlock("pw");
+        armed = true;
+        m_vault->runInBackground([](VaultManager& vault) { vault.changePassword("pw", "new"); },
+                                 [this](const std::optional<VaultError>& error) { m_result = error; });
+        QTRY_VERIFY(m_result.has_value());
+        QVERIFY(!m_vault->isUnlocked());
+        QCOMPARE(testsupport::mountsBelow(m_runtime->path()), QStringList());
+        m_vault->unlock(inForce);
     }
 
     void aLockStopsABackupAndKeepsThePreviousOne() {

@@ -188,8 +188,9 @@ private slots:
         // The shipped tool, with its real key derivation: the slower it is, the longer a
         // leaked password would be visible. A home of its own, so that anything written
         // "home" by any library is seen here.
-        m_tool.passThrough = [](const QStringList& args, const std::optional<QString>& stdinText) {
-            return runHDIUtilProgram(testsupport::shippedToolPath(), args, stdinText);
+        m_tool.passThrough = [](const QStringList& args, const std::optional<QString>& stdinText,
+                                const HDIUtilOutputLine& onLine) {
+            return runHDIUtilProgram(testsupport::shippedToolPath(), args, stdinText, onLine);
         };
         const QByteArray realHome = qgetenv("HOME");
         qputenv("HOME", QFile::encodeName(m_support->filePath("home")));
@@ -309,11 +310,20 @@ private slots:
         QVERIFY(QFile::link("notes ü.txt", mountPath(*vault) + "/link to notes"));
         const QString backup = m_support->filePath("MorvantaVault-Backup.7z");
 
+        // 7-Zip's own progress reaches the strip, only ever forwards, and ends complete.
+        QList<double> shares;
+        auto watch = connect(vault.get(), &VaultManager::progressChanged, this,
+                             [&] { shares.append(vault->progress().fraction); });
         vault->backupVault(QUrl::fromLocalFile(backup));
+        disconnect(watch);
+        QVERIFY(std::is_sorted(shares.begin(), shares.end()));
+        QVERIFY(shares.contains(0.0)); // 7-Zip's first report, as it starts writing
+        QCOMPARE(shares.value(shares.size() - 1), 1.0);
         QCOMPARE(m_tool.calls.last(),
                  (RecordingRunner::Call{{"create", "-encryption", "AES-256", "-stdinpass",
                                          "-srcfolder", mountPath(*vault), "-volname",
-                                         "MorvantaVault", "-format", "UDZO", "-ov", backup},
+                                         "MorvantaVault", "-format", "UDZO", "-puppetstrings",
+                                         "-ov", backup},
                                         QString::fromUtf8(password)}));
         QVERIFY(vault->isUnlocked());
         const auto run = extractBackup(backup, m_support->filePath("first"), password);

@@ -15,10 +15,11 @@ namespace {
 // Records like the tool's stand-in, and like the real tool "create" leaves the image folder
 // behind.
 HDIUtilRunner creatingRunner(RecordingRunner& tool) {
-    return [recording = tool.runner()](const QStringList& args, const std::optional<QString>& input) {
+    return [recording = tool.runner()](const QStringList& args, const std::optional<QString>& input,
+                                       const HDIUtilOutputLine& onLine) {
         if (args.first() == "create")
             QDir().mkpath(args.last());
-        return recording(args, input);
+        return recording(args, input, onLine);
     };
 }
 

@@ -2,6 +2,7 @@
 // it does with gocryptfs on FUSE.
 
 #include "platform/Process.h"
+#include "platform/hdiutil/Backup.h"
 #include "platform/hdiutil/Mounts.h"
 #include "platform/hdiutil/Password.h"
 #include "platform/hdiutil/ToolCommand.h"
@@ -121,6 +122,19 @@ private slots:
     void checksPasswords() {
         QCOMPARE(Secret(" x\r").asLine().bytes(), " x\r\n");
         QVERIFY(passwordProblem(std::string(kMaxPasswordBytes, 'a')).empty());
+    }
+
+    void readsSevenZipProgressInAnyChunks() {
+        // As 7-Zip writes it, with a file name that holds a percent sign of its own.
+        const std::string_view stream = "Enter password:\n  0%\b\b\b\b    \b\b\b\b 42% 3 + 99% off\b\b"
+                                        "\b\b\b\b\b\b\b\b\b\b\b\b100%\b\b\b\b";
+        for (const std::size_t cut : {1, 3, 100}) {
+            SevenZipProgress progress;
+            std::vector<int> seen;
+            for (std::size_t at = 0; at < stream.size(); at += cut)
+                progress.feed(stream.substr(at, cut), [&](int percent) { seen.push_back(percent); });
+            QCOMPARE(seen, (std::vector<int>{0, 42, 100}));
+        }
     }
 
     void readsTheMountTable() {

@@ -216,7 +216,8 @@ private slots:
         for (const int delay : {0, 2, 5, 10, 20, 40}) {
             // The tool dies after `delay` ms, and with it the shell that stands for the app:
             // gocryptfs, its child, may or may not have mounted.
-            VaultManager vault(support(), [delay](const QStringList& args, const std::optional<QString>& input) {
+            VaultManager vault(support(), [delay](const QStringList& args, const std::optional<QString>& input,
+                                                   const HDIUtilOutputLine&) {
                 QProcess tool;
                 tool.setChildProcessModifier([] { ::setpgid(0, 0); });
                 tool.start("/bin/sh", QStringList{"-c", "\"$0\" \"$@\"; exit $?",

@@ -35,16 +35,16 @@ QString fastToolPath() {
 }
 
 HDIUtilRunner fastToolRunner() {
-    return [](const QStringList& args, const std::optional<QString>& stdinText) {
-        return runHDIUtilProgram(fastToolPath(), args, stdinText);
+    return [](const QStringList& args, const std::optional<QString>& stdinText, const HDIUtilOutputLine& onLine) {
+        return runHDIUtilProgram(fastToolPath(), args, stdinText, onLine);
     };
 }
 
 HDIUtilRunner orphanedToolRunner() {
-    return [](const QStringList& args, const std::optional<QString>& stdinText) {
+    return [](const QStringList& args, const std::optional<QString>& stdinText, const HDIUtilOutputLine& onLine) {
         // Not the last command, so the shell forks the tool rather than becoming it.
         const QStringList script{"-c", "\"$0\" \"$@\"; exit $?", fastToolPath()};
-        return runHDIUtilProgram(QStringLiteral("/bin/sh"), script + args, stdinText);
+        return runHDIUtilProgram(QStringLiteral("/bin/sh"), script + args, stdinText, onLine);
     };
 }
 

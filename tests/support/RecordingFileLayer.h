@@ -34,8 +34,8 @@ public:
                                bool makeWritable) override {
         return recorded("remove " + root, [&] { return FileLayer::remove(root, survey, makeWritable); });
     }
-    platform::FileError erase(const std::string& path, const std::atomic<bool>* stop) override {
-        return recorded("erase " + path, [&] { return FileLayer::erase(path, stop); });
+    platform::FileError erase(const std::string& path, const platform::CopyObserver& observer) override {
+        return recorded("erase " + path, [&] { return FileLayer::erase(path, observer); });
     }
 
 private:

@@ -20,12 +20,13 @@ struct RecordingRunner {
     HDIUtilRunner passThrough;
 
     HDIUtilRunner runner() {
-        return [this](const QStringList& args, const std::optional<QString>& stdinText) {
+        return [this](const QStringList& args, const std::optional<QString>& stdinText,
+                      const HDIUtilOutputLine& onLine) {
             calls.append({args, stdinText});
             if (!replies.isEmpty())
                 return replies.takeFirst();
             if (passThrough)
-                return passThrough(args, stdinText);
+                return passThrough(args, stdinText, onLine);
             return HDIUtilResult{0, {}, {}};
         };
     }

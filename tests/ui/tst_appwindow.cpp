@@ -23,10 +23,11 @@ namespace {
 // The fast tool, counting the unlock attempts that reach it.
 HDIUtilRunner countingRunner(int& attaches) {
     return [&attaches, fast = testsupport::fastToolRunner()](const QStringList& args,
-                                                             const std::optional<QString>& in) {
+                                                             const std::optional<QString>& in,
+                                                             const HDIUtilOutputLine& onLine) {
         if (args.value(0) == QLatin1String("attach"))
             ++attaches;
-        return fast(args, in);
+        return fast(args, in, onLine);
     };
 }
 

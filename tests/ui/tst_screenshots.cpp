@@ -14,6 +14,7 @@
 #include <QDragEnterEvent>
 #include <QMimeData>
 #include <QRegularExpression>
+#include <QSemaphore>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QtQml/QQmlExtensionPlugin>
@@ -190,7 +191,17 @@ private slots:
         REQUIRE_FUSE();
         testsupport::ScopedRuntimeDir runtime;
         QTemporaryDir home;
-        AppWindow app(testsupport::fastToolRunner());
+        // A backup tells of 42 % done and then waits to be let go, for its picture.
+        QSemaphore backupHeld, backupGoes;
+        AppWindow app([&, tool = testsupport::fastToolRunner()](const QStringList& args, const auto& input,
+                                                                const HDIUtilOutputLine& onLine) {
+            if (args.contains("-puppetstrings")) {
+                onLine("PERCENT:42");
+                backupHeld.release();
+                backupGoes.acquire();
+            }
+            return tool(args, input, onLine);
+        });
         app.vault().createVault("correct horse");
         app.vault().unlock("correct horse");
         QTRY_COMPARE(app.screenName(), "VaultView");
@@ -322,6 +333,17 @@ private slots:
         QVERIFY(QFileInfo::exists(home.filePath("Holiday film.mkv")));
         QVERIFY(!QFileInfo::exists(root + "Holiday film.mkv"));
         QVERIFY(browser->property("error").toString().isEmpty());
+
+        app.panels().saveAnswers = {QUrl::fromLocalFile(home.filePath("MorvantaVault-Backup.7z"))};
+        app.click("gearButton");
+        settle();
+        app.click("gear.backup");
+        QTRY_VERIFY(backupHeld.available() > 0 && app.find("progressStrip")->isVisible());
+        QCOMPARE(app.find("progressText")->property("text").toString(), "\u201CMorvantaVault-Backup.7z\u201D \u2014 42%");
+        QVERIFY(!app.find("progressBar")->property("indeterminate").toBool());
+        shot("browser-progress-backup");
+        backupGoes.release();
+        QTRY_VERIFY(!app.vault().isWorking());
 
         // The smallest window still shows every part.
         app.window()->resize(520, 420);
