@@ -436,19 +436,16 @@ void VaultBrowser::chooseDisguise(const QString& raw) {
 void VaultBrowser::lock() {
     setError({});
     setSuccess({});
-    // Not held back by other work: the lock runs after whatever is already under way.
+    if (!m_vault)
+        return;
+    // Not held back by other work: that is cancelled, and the lock follows it at once.
     setBusy(true);
-    runAfterNextFrame(this, [this] {
-        const QPointer<VaultBrowser> self(this);
-        try {
-            if (m_vault)
-                m_vault->lock();
-        } catch (const VaultError& error) {
-            if (self)
-                setError(error.errorDescription());
-        }
-        if (self)
-            setBusy(false);
+    m_vault->lockInBackground([self = QPointer<VaultBrowser>(this)](const std::optional<VaultError>& error) {
+        if (!self)
+            return;
+        if (error)
+            self->setError(error->errorDescription());
+        self->setBusy(false);
     });
 }
 

@@ -34,6 +34,27 @@ void VaultManager::runInBackground(Work work, WorkDone done) {
     });
 }
 
+void VaultManager::lockInBackground(std::function<void(const std::optional<VaultError>&)> done) {
+    // The lock follows the work under way on the worker, so that this thread waits for
+    // neither its rollback nor the detach. Anything started later waits for both.
+    m_cancelRequested = true;
+    std::thread previous = std::move(m_worker);
+    m_worker = std::thread([this, previous = std::move(previous), done = std::move(done)]() mutable {
+        if (previous.joinable())
+            previous.join();
+        std::optional<VaultError> error;
+        try {
+            // The work that gave way may have locked the vault itself.
+            if (!m_mountPoint.isEmpty())
+                detachAndPublishLocked();
+        } catch (const VaultError& thrown) {
+            error = thrown;
+        }
+        QMetaObject::invokeMethod(
+            this, [error, done] { done(error); }, Qt::QueuedConnection);
+    });
+}
+
 void VaultManager::cancelWork() {
     if (m_isWorking)
         m_cancelRequested = true;

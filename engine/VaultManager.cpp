@@ -118,6 +118,11 @@ void VaultManager::lock() {
     // the image was detached): locked is what was asked for.
     if (m_mountPoint.isEmpty() && wasShownUnlocked)
         return;
+    detachAndPublishLocked();
+}
+
+void VaultManager::detachAndPublishLocked() {
+    stopIdleTimer();
     if (m_mountPoint.isEmpty())
         throw VaultError::notMounted();
     const QString path = m_mountPoint.toLocalFile();

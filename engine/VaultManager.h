@@ -68,7 +68,12 @@ public:
 
     void createVault(const QString& password);
     void unlock(const QString& password);
+    // Returns once whatever ran has rolled back and the vault is unmounted: for leaving
+    // (quit, close, logout, a signal), which must not end before.
     void lock();
+    // The same without holding up this thread: whatever runs is cancelled now, and the worker
+    // rolls it back and then detaches; `done` runs here afterwards.
+    void lockInBackground(std::function<void(const std::optional<VaultError>& error)> done);
     // Shows the vault as locked without running the tool, for when the image was detached
     // by another step and could not be attached again.
     void publishLockedState();
@@ -152,6 +157,7 @@ private:
     // For operations that write into the vault: throws notMounted, and shows the vault
     // locked, when its mount has gone (unmounted from outside, or its daemon died).
     void requireMounted();
+    void detachAndPublishLocked();
     void detachForPasswordChange();
     void attachAfterPasswordChange(const QString& password);
     void stopIdleTimer();

@@ -79,21 +79,34 @@ private slots:
         QCOMPARE(seen.last(), WorkProgress());
     }
 
+    // Stops the held work as the row says; a lock is followed by an unlock, to look inside.
+    void stopWork(const QString& how) {
+        if (how == "cancel") {
+            m_vault->cancelWork();
+            return;
+        }
+        if (how == "lock") {
+            m_vault->lock(); // returns once the work has rolled back and the vault is locked
+        } else {
+            bool locked = false;
+            m_vault->lockInBackground([&](const auto& error) { locked = !error; });
+            QVERIFY(m_vault->isUnlocked()); // this thread waited for neither rollback nor detach
+            QTRY_VERIFY(locked);
+        }
+        QVERIFY(!m_vault->isUnlocked());
+        QCOMPARE(testsupport::mountsBelow(m_runtime->path()), QStringList());
+        m_vault->unlock("pw");
+    }
+
     void aCancelOrALockStopsTheMoveWithNothingLost_data() {
-        QTest::addColumn<bool>("lock");
-        QTest::newRow("cancel") << false;
-        QTest::newRow("lock") << true;
+        QTest::addColumn<QString>("how");
+        for (const char* how : {"cancel", "lock", "lock in background"})
+            QTest::newRow(how) << QString(how);
     }
     void aCancelOrALockStopsTheMoveWithNothingLost() {
-        QFETCH(bool, lock);
+        QFETCH(QString, how);
         startHeldAdd();
-        if (lock) {
-            m_vault->lock(); // returns once the move has rolled back and the vault is locked
-            QVERIFY(!m_vault->isUnlocked());
-            m_vault->unlock("pw");
-        } else {
-            m_vault->cancelWork();
-        }
+        stopWork(how);
         QTRY_VERIFY(m_result.has_value());
         QVERIFY(*m_result && VaultManager::wasCancelled(**m_result));
         QCOMPARE(readFile(home("film.mkv")), QByteArray(24 << 20, 'f'));
@@ -103,7 +116,7 @@ private slots:
 
     void aDeletionCountsFirstAndStopsPartWay_data() { aCancelOrALockStopsTheMoveWithNothingLost_data(); }
     void aDeletionCountsFirstAndStopsPartWay() {
-        QFETCH(bool, lock);
+        QFETCH(QString, how);
         QVERIFY(QDir().mkpath(inVault("Pics")));
         for (int i = 0; i < 40; ++i)
             QVERIFY(writeFile(inVault(QString("Pics/%1.jpg").arg(i)), QByteArray(1000, 'p')));
@@ -113,12 +126,7 @@ private slots:
                                  [this](const std::optional<VaultError>& error) { m_result = error; });
         QTRY_VERIFY(m_files->reachedGate.available() > 0);
         QTRY_COMPARE(m_vault->progress(), (WorkProgress{"Pics", 1000, 40000, 1, 41, -1}));
-        if (lock) {
-            m_vault->lock();
-            m_vault->unlock("pw");
-        } else {
-            m_vault->cancelWork();
-        }
+        stopWork(how);
         QTRY_VERIFY(m_result.has_value());
         QVERIFY(*m_result && VaultManager::wasCancelled(**m_result));
         QCOMPARE(QDir(inVault("Pics")).entryList(QDir::Files).size(), 39);
