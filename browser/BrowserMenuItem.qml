@@ -5,7 +5,8 @@ import Morvanta.LockScreens
 import Morvanta.Browser
 
 // One entry of the browser's menus: a symbol, the title, and a check mark when chosen. An
-// entry that is one of a set of `choice`s is checkable, and checked while its mark shows.
+// entry that is one of a set of `choice`s is checkable, and checked while it is the `current`
+// one, which a screen reader hears even where no mark is drawn (the auto-lock delays).
 MenuItem {
     id: item
 
@@ -13,6 +14,7 @@ MenuItem {
     property bool destructive: false
     property bool showsCheckmark: false
     property bool choice: false
+    property bool current: showsCheckmark
 
     readonly property color ink: !enabled ? Theme.faintText
                                           : destructive ? Theme.warning : Theme.text
@@ -25,9 +27,9 @@ MenuItem {
     indicator: null
     arrow: null
     checkable: choice
-    checked: showsCheckmark
+    checked: current
     // What is chosen is decided by the choice made, not by the click itself.
-    onToggled: checked = Qt.binding(function () { return item.showsCheckmark })
+    onToggled: checked = Qt.binding(function () { return item.current })
     Accessible.name: text
     Accessible.checkable: checkable
     Accessible.checked: checked

@@ -29,21 +29,29 @@ BrowserMenu {
     }
     BrowserMenuItem {
         objectName: "gear.idle1"
+        choice: true
+        current: gearMenu.browser.idleMinutes === 1
         text: "1 minute"
         onTriggered: gearMenu.browser.setIdle(1)
     }
     BrowserMenuItem {
         objectName: "gear.idle5"
+        choice: true
+        current: gearMenu.browser.idleMinutes === 5
         text: "5 minutes"
         onTriggered: gearMenu.browser.setIdle(5)
     }
     BrowserMenuItem {
         objectName: "gear.idle15"
+        choice: true
+        current: gearMenu.browser.idleMinutes === 15
         text: "15 minutes"
         onTriggered: gearMenu.browser.setIdle(15)
     }
     BrowserMenuItem {
         objectName: "gear.idleNever"
+        choice: true
+        current: gearMenu.browser.idleMinutes === 0
         text: "Never"
         onTriggered: gearMenu.browser.setIdle(0)
     }
