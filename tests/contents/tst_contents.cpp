@@ -157,11 +157,12 @@ private slots:
         m_vault->addItem(url(home("Docs/Report.pdf")));
         QVERIFY(writeFile(home("Notes.txt"), "a second one"));
         QVERIFY(writeFile(inVault("copied-in.txt"), "no origin"));
+        QVERIFY(writeFile(inVault("plain"), "no extension"));
         QVERIFY(writeFile(inVault(".Trashes"), "the desktop's"));
         QDir().mkpath(inVault(".fseventsd"));
         m_vault->refreshItems();
         // The desktop's own files are not items; the rest sorts as people sort names.
-        QCOMPARE(listedNames(), (QStringList{"copied-in.txt", "Notes.txt", "Report.pdf"}));
+        QCOMPARE(listedNames(), (QStringList{"copied-in.txt", "Notes.txt", "plain", "Report.pdf"}));
 
         const auto rejects = [&](const std::function<void()>& operation, const QString& reason = {}) {
             const auto before = bothSides();
@@ -175,7 +176,7 @@ private slots:
             QVERIFY(writeFile(home(reserved), "mine"));
             rejects([&] { m_vault->addItem(url(home(reserved))); });
             QVERIFY(QFile::remove(home(reserved)));
-            rejects([&] { m_vault->renameItem(url(inVault("copied-in.txt")), reserved); });
+            rejects([&] { m_vault->renameItem(url(inVault("plain")), reserved); });
         }
         rejects([&] { m_vault->restoreItem(url(inVault("copied-in.txt"))); });
         rejects([&] { m_vault->removeItem(url(inVault("Notes.txt")), url(home())); });
