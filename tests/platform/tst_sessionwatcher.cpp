@@ -119,7 +119,7 @@ private slots:
         m_bus.waitForFinished();
     }
 
-    void locksBeforeSleepWhileHoldingTheInhibitor() {
+    void locksBeforeSleepAndWhenTheScreenLocks() {
         QDir().mkpath(m_support.filePath("vault.gocryptfs"));
         VaultManager vault(m_support.path(), m_tool.runner());
         platform::SessionWatcher watcher(connection("system"), connection("session"));
@@ -127,63 +127,42 @@ private slots:
                          &VaultManager::lockIfUnlocked, Qt::DirectConnection);
         QCOMPARE(m_logind.inhibitRequests(),
                  QStringList{"sleep|Morvanta|Lock the vault before sleeping|delay"});
-        QVERIFY(watcher.holdsSleepInhibitor());
         QVERIFY(m_logind.inhibitorHeld());
 
+        // The machine sleeps only once the vault is locked, and is ready for the next sleep.
         unlock(vault);
         bool heldWhenLocked = false;
         QObject::connect(&vault, &VaultManager::isUnlockedChanged, this,
                          [&] { heldWhenLocked = m_logind.inhibitorHeld(); });
-        emitSignal("/org/freedesktop/login1", "org.freedesktop.login1.Manager", "PrepareForSleep",
-                   true);
+        const QString manager = "org.freedesktop.login1.Manager";
+        emitSignal("/org/freedesktop/login1", manager, "PrepareForSleep", true);
         QTRY_VERIFY(!vault.isUnlocked());
         QVERIFY2(heldWhenLocked, "the machine was let sleep before the vault locked");
         QCOMPARE(m_tool.argLists().last(), (QStringList{"detach", "/run/m"}));
         QTRY_VERIFY(!m_logind.inhibitorHeld());
-
-        // Awake again: ready for the next sleep.
-        emitSignal("/org/freedesktop/login1", "org.freedesktop.login1.Manager", "PrepareForSleep",
-                   false);
+        emitSignal("/org/freedesktop/login1", manager, "PrepareForSleep", false);
         QTRY_COMPARE(m_logind.inhibitRequests().size(), 2);
         QTRY_VERIFY(watcher.holdsSleepInhibitor());
-    }
 
-    void locksWhenTheScreenLocks() {
-        QDir().mkpath(m_support.filePath("vault.gocryptfs"));
-        VaultManager vault(m_support.path(), m_tool.runner());
-        platform::SessionWatcher watcher(connection("system"), connection("session"));
-        QObject::connect(&watcher, &platform::SessionWatcher::lockRequested, &vault,
-                         &VaultManager::lockIfUnlocked, Qt::DirectConnection);
-
-        unlock(vault);
-        emitSignal(kSessionPath, "org.freedesktop.login1.Session", "Lock");
-        QTRY_VERIFY(!vault.isUnlocked());
-
-        unlock(vault);
-        emitSignal("/org/freedesktop/ScreenSaver", "org.freedesktop.ScreenSaver", "ActiveChanged",
-                   false);
-        QTest::qWait(50);
-        QVERIFY(vault.isUnlocked());
-        emitSignal("/org/freedesktop/ScreenSaver", "org.freedesktop.ScreenSaver", "ActiveChanged",
-                   true);
-        QTRY_VERIFY(!vault.isUnlocked());
-
-        unlock(vault);
-        emitSignal("/org/gnome/ScreenSaver", "org.gnome.ScreenSaver", "ActiveChanged", true);
-        QTRY_VERIFY(!vault.isUnlocked());
-
-        // Another session's lock is not ours.
-        unlock(vault);
-        emitSignal("/org/freedesktop/login1/session/_9", "org.freedesktop.login1.Session", "Lock");
-        QTest::qWait(50);
-        QVERIFY(vault.isUnlocked());
-    }
-
-    void withoutABusNothingHappens() {
-        platform::SessionWatcher watcher(
-            QDBusConnection::connectToBus(QStringLiteral("unix:path=/nonexistent/bus"), "none"),
-            QDBusConnection::connectToBus(QStringLiteral("unix:path=/nonexistent/bus"), "none2"));
-        QVERIFY(!watcher.holdsSleepInhibitor());
+        // Our session's lock and either screensaver turning on; not another session's lock,
+        // nor a screensaver turning off.
+        const struct {
+            QString path, interface, name;
+            QVariant active;
+            bool locks;
+        } cases[] = {{kSessionPath, "org.freedesktop.login1.Session", "Lock", {}, true},
+                     {"/org/freedesktop/ScreenSaver", "org.freedesktop.ScreenSaver", "ActiveChanged", true, true},
+                     {"/org/gnome/ScreenSaver", "org.gnome.ScreenSaver", "ActiveChanged", true, true},
+                     {"/org/freedesktop/login1/session/_9", "org.freedesktop.login1.Session", "Lock", {}, false},
+                     {"/org/freedesktop/ScreenSaver", "org.freedesktop.ScreenSaver", "ActiveChanged", false, false}};
+        for (const auto& c : cases) {
+            unlock(vault);
+            emitSignal(c.path, c.interface, c.name, c.active);
+            if (c.locks)
+                QTRY_VERIFY2(!vault.isUnlocked(), qPrintable(c.path));
+            QTest::qWait(50);
+            QVERIFY2(vault.isUnlocked() != c.locks, qPrintable(c.path));
+        }
     }
 };
 
