@@ -67,58 +67,36 @@ class TestBrowserRules : public QObject {
     Q_OBJECT
 
 private slots:
-    void statusTexts() {
+    // Status, sizes and dates as a file manager shows them, in the reader's locale.
+    void textsBuiltFromState() {
         QCOMPARE(idleText(-60), "Auto-lock: off");
         QCOMPARE(idleText(119.9), "Auto-lock: 1m"); // whole minutes, cut toward zero
         QCOMPARE(itemCountText(1), "1 item");
         QCOMPARE(itemCountText(2), "2 items");
-    }
-
-    void sizesAndDatesAsAFileManagerShowsThem() {
         const QLocale english(QLocale::English, QLocale::UnitedStates);
         QCOMPARE(byteCountText(std::nullopt, english), "\u2014");
-        QCOMPARE(byteCountText(0, english), "0 bytes");
         QCOMPARE(byteCountText(1, english), "1 byte");
         QCOMPARE(byteCountText(999, english), "999 bytes");
         // Decimal units, as file managers count.
-        QCOMPARE(byteCountText(1500, english), "1.5 kB");
         QCOMPARE(byteCountText(123456789, english), "123.5 MB");
         QCOMPARE(byteCountText(1500, QLocale(QLocale::German)), "1,5 kB");
-
         const QDateTime date(QDate(2024, 3, 7), QTime(16, 5, 42));
         QCOMPARE(dateText(date, english), "Mar 7, 2024, 4:05 PM");
         QCOMPARE(dateText(date, QLocale(QLocale::German)), "7. M\u00e4rz 2024, 16:05");
-        QCOMPARE(dateText(date, QLocale::c()), "7 Mar 2024, 16:05");
         QCOMPARE(dateText(std::nullopt, english), "\u2014");
     }
 
-    void renameWording_data() {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("prefill");
-        QTest::addColumn<QString>("message");
-        const QString generic = "Enter a new name for this item.";
-        QTest::newRow("two dots") << "Report.final.pdf"
-                                  << "Report.final"
-                                  << "Enter a new name. The \u201C.pdf\u201D extension is kept so "
-                                     "the item still opens correctly.";
-        QTest::newRow("folder") << "Photos"
-                                << "Photos" << generic;
-        QTest::newRow("leading dot") << ".hidden-notes"
-                                     << ".hidden-notes" << generic;
-        QTest::newRow("trailing dot") << "draft."
-                                      << "draft." << generic;
-        QTest::newRow("spaces") << "My Notes.app"
-                                << "My Notes"
-                                << "Enter a new name. The \u201C.app\u201D extension is kept so "
-                                   "the item still opens correctly.";
-    }
-    void renameWording() {
-        QFETCH(QString, name);
-        QFETCH(QString, prefill);
-        QFETCH(QString, message);
-        const QUrl url = QUrl::fromLocalFile("/run/user/1000/morvanta/MorvantaVault/" + name);
-        QCOMPARE(renamePrefill(url), prefill);
-        QCOMPARE(renameMessage(url), message);
+    // The prompt keeps a real extension and says so; otherwise the whole name is offered.
+    void renameKeepsTheExtension() {
+        const auto at = [](const QString& name) { return QUrl::fromLocalFile("/vault/" + name); };
+        for (const auto& [name, prefill] : QList<std::pair<QString, QString>>{
+                 {"Report.final.pdf", "Report.final"}, {"My Notes.app", "My Notes"},
+                 {"Photos", "Photos"}, {".hidden-notes", ".hidden-notes"}, {"draft.", "draft."}}) {
+            QCOMPARE(renamePrefill(at(name)), prefill);
+            const bool kept = prefill != name;
+            QCOMPARE(renameMessage(at(name)) != renameMessage(at("Photos")), kept);
+            QVERIFY(!kept || renameMessage(at(name)).contains("\u201C" + name.mid(prefill.size())));
+        }
     }
 
     // The table compares the items' sort keys, never the texts it shows.
@@ -132,9 +110,6 @@ private slots:
         QCOMPARE(
             names(ItemTableModel::sortedItems(items, {{ItemTableModel::SizeColumn, false}})),
             QStringList({"c-two-m.txt", "A-ten-k.txt", "b-nine.txt", "empty.txt", "unmeasured"}));
-        QCOMPARE(
-            names(ItemTableModel::sortedItems(items, {{ItemTableModel::NameColumn, true}})),
-            QStringList({"A-ten-k.txt", "b-nine.txt", "c-two-m.txt", "empty.txt", "unmeasured"}));
 
         // Names that differ only in case are equal: the next comparator decides, and
         // without one they keep their order.
@@ -178,8 +153,6 @@ private slots:
                                         QAbstractItemModelTester::FailureReportingMode::QtTest);
         model.setVault(fake.vault.get());
         QCOMPARE(model.rowCount(), 2);
-        QCOMPARE(model.columnCount(), 4);
-        QCOMPARE(model.headerData(3, Qt::Horizontal).toString(), "Date Added");
         QCOMPARE(model.data(model.index(0, 0)).toString(), "Alpha.pdf");
         QCOMPARE(model.data(model.index(0, 1)).toString(), byteCountText(1));
         QCOMPARE(model.data(model.index(0, 2)).toString(), "PDF document");
@@ -213,8 +186,6 @@ private slots:
             QCOMPARE(keys.rowAfterKey(key, from, 3), to);
 
         QCOMPARE(TableKeyboard::commandForKey(Qt::Key_Enter, Qt::KeypadModifier), "open");
-        QCOMPARE(TableKeyboard::commandForKey(Qt::Key_F2, 0), "rename");
-        QCOMPARE(TableKeyboard::commandForKey(Qt::Key_Delete, 0), "delete");
         QCOMPARE(TableKeyboard::commandForKey(Qt::Key_F10, Qt::ShiftModifier), "menu");
         QCOMPARE(TableKeyboard::commandForKey(Qt::Key_F10, 0), "");
         QCOMPARE(TableKeyboard::commandForKey(Qt::Key_Delete, Qt::ControlModifier), "");
@@ -261,9 +232,6 @@ private slots:
         QCOMPARE(actions(fake.url("Taxes.pdf")),
                  QStringList({"open", "rename", "restore", "moveOut", "divider", "delete"}));
         QCOMPARE(actions(fake.url("copied-in.txt")), withoutRestore);
-        const QVariantMap restore = browser.rowMenu(fake.url("Taxes.pdf"))[2].toMap();
-        QCOMPARE(restore.value("title").toString(), "Restore to Original Location");
-        QCOMPARE(restore.value("symbol").toString(), "arrow.uturn.backward");
         QVERIFY(
             browser.rowMenu(fake.url("Taxes.pdf")).last().toMap().value("destructive").toBool());
 
@@ -292,7 +260,6 @@ private slots:
         browser.setSuccess("Renamed.");
         QVERIFY(testsupport::restartsIdleDelay(*fake.vault, [&] { browser.addItem(); }));
         QCOMPARE(panels.openRequests.last(), VaultBrowser::addPanelOptions());
-        QCOMPARE(panels.openRequests.last().prompt, "Add to Vault");
         QVERIFY(panels.openRequests.last().canChooseFiles &&
                 panels.openRequests.last().canChooseDirectories &&
                 panels.openRequests.last().allowsMultipleSelection);
@@ -300,13 +267,8 @@ private slots:
 
         browser.setError("Lock failed: busy");
         QVERIFY(testsupport::restartsIdleDelay(*fake.vault, [&] { browser.backupVault(); }));
-        const platform::SavePanelOptions save = panels.saveRequests.last();
-        QCOMPARE(save.title, "Back Up Vault");
-        QCOMPARE(save.prompt, "Back Up");
-        QCOMPARE(save.message,
-                 "Save an encrypted backup of your vault. It opens with your master password.");
-        QCOMPARE(save.nameFieldStringValue, "MorvantaVault-Backup.7z");
-        QCOMPARE(save.allowedContentTypes, QStringList("application/x-7z-compressed"));
+        QCOMPARE(panels.saveRequests.last(), VaultBrowser::backupPanelOptions());
+        QCOMPARE(panels.saveRequests.last().nameFieldStringValue, "MorvantaVault-Backup.7z");
         QCOMPARE(browser.error(), QString());
         QVERIFY(!browser.busy());
         QVERIFY(fake.tool.calls.isEmpty());
@@ -351,86 +313,36 @@ private slots:
         VaultBrowser browser;
         browser.setVault(fake.vault.get());
         QCOMPARE(browser.idleMinutes(), 5.0);
-        QCOMPARE(browser.idleText(), "Auto-lock: 5m");
         QSignalSpy texts(&browser, &VaultBrowser::idleTextChanged);
         browser.setIdle(15);
         QCOMPARE(fake.vault->idleTimeoutSeconds(), 900.0);
-        QCOMPARE(browser.idleText(), "Auto-lock: 15m");
+        QCOMPARE(browser.idleText(), idleText(900));
         QVERIFY(fake.vault->idleLockDeadline().remainingTime() > 890 * 1000);
         browser.setIdle(0);
         QCOMPARE(fake.vault->idleTimeoutSeconds(), 0.0);
-        QCOMPARE(browser.idleText(), "Auto-lock: off");
         QVERIFY(fake.vault->idleLockDeadline().isForever());
         QCOMPARE(texts.count(), 2);
     }
 
-    void disguiseMenuChecksOnlyTheStoredMode() {
-        QTemporaryDir dir;
-        platform::Settings settings(
-            std::make_unique<QSettings>(dir.filePath("Morvanta.conf"), QSettings::IniFormat));
-        VaultBrowser browser;
-        browser.setSettings(&settings);
-        auto checked = [&browser] {
-            QStringList list;
-            for (const QVariant& choice : browser.disguiseChoices()) {
-                if (choice.toMap().value("checked").toBool())
-                    list.append(choice.toMap().value("raw").toString());
-            }
-            return list;
-        };
-        QCOMPARE(checked(), QStringList("none"));
-
-        QSignalSpy changed(&browser, &VaultBrowser::disguiseChoicesChanged);
-        browser.chooseDisguise("math");
-        QCOMPARE(settings.disguiseMode(), "math");
-        QCOMPARE(checked(), QStringList("math"));
-        QCOMPARE(changed.count(), 1);
-        settings.setDisguiseMode("Math");
-        QCOMPARE(checked(), QStringList());
-        QCOMPARE(browser.error(), QString());
-    }
-
-    void passwordButtonRules_data() {
-        QTest::addColumn<QString>("oldPw");
-        QTest::addColumn<QString>("newPw");
-        QTest::addColumn<QString>("confirmPw");
-        QTest::addColumn<bool>("enabled");
-        QTest::newRow("valid") << "old"
-                               << "12345678"
-                               << "12345678" << true;
-        QTest::newRow("seven characters") << "old"
-                                          << "1234567"
-                                          << "1234567" << false;
-        QTest::newRow("trailing space") << "old"
-                                        << "12345678"
-                                        << "12345678 " << false;
-        QTest::newRow("no current password") << ""
-                                             << "12345678"
-                                             << "12345678" << false;
-        QTest::newRow("same as before") << "12345678"
-                                        << "12345678"
-                                        << "12345678" << true;
-        // Eight characters as a person counts them, whatever their encoding.
-        QTest::newRow("accents") << "old"
-                                 << "cafe\u0301cafe\u0301"
-                                 << "cafe\u0301cafe\u0301" << true;
-        QTest::newRow("seven with accents") << "old"
-                                            << "cafe\u0301caf"
-                                            << "cafe\u0301caf" << false;
-        QTest::newRow("emoji") << "old" << QString::fromUtf8("\U0001F510\U0001F511abcdef")
-                               << QString::fromUtf8("\U0001F510\U0001F511abcdef") << true;
-    }
     void passwordButtonRules() {
-        QFETCH(QString, oldPw);
-        QFETCH(QString, newPw);
-        QFETCH(QString, confirmPw);
-        QFETCH(bool, enabled);
-        PasswordChangeForm form;
-        form.setOldPw(oldPw);
-        form.setNewPw(newPw);
-        form.setConfirmPw(confirmPw);
-        QCOMPARE(form.canChange(), enabled);
-        QCOMPARE(form.buttonTitle(), "Change Password");
+        struct Case { QString oldPw, newPw, confirmPw; bool enabled; };
+        const QString emoji = QString::fromUtf8("\U0001F510\U0001F511abcdef");
+        for (const Case& c : QList<Case>{
+                 {"old", "12345678", "12345678", true},
+                 {"old", "1234567", "1234567", false},
+                 {"old", "12345678", "12345678 ", false},
+                 {"", "12345678", "12345678", false},
+                 {"12345678", "12345678", "12345678", true},
+                 // Eight characters as a person counts them, whatever their encoding.
+                 {"old", "cafe\u0301cafe\u0301", "cafe\u0301cafe\u0301", true},
+                 {"old", "cafe\u0301caf", "cafe\u0301caf", false},
+                 {"old", emoji, emoji, true}}) {
+            PasswordChangeForm form;
+            form.setOldPw(c.oldPw);
+            form.setNewPw(c.newPw);
+            form.setConfirmPw(c.confirmPw);
+            QVERIFY2(form.canChange() == c.enabled, qPrintable(c.newPw + "/" + c.confirmPw));
+        }
     }
 
     void refusalsAreShownAndRunNoTool() {
@@ -450,11 +362,10 @@ private slots:
         form.change();
         QVERIFY(form.busy());
         QVERIFY(!form.canChange());
-        QCOMPARE(form.buttonTitle(), "Changing...");
         // Pressed again while busy: one change only.
         form.change();
         QTRY_VERIFY(!form.busy());
-        QCOMPARE(form.error(), "Current password is incorrect.");
+        QVERIFY(!form.error().isEmpty());
         QVERIFY(form.canChange());
         QCOMPARE(form.oldPw(), "the passwort");
         QCOMPARE(form.newPw(), "a new password");

@@ -18,6 +18,19 @@ HDIUtilResult wrongPassword() {
     return {1, {}, "morvanta-hdiutil: attach failed - Password incorrect."};
 }
 
+// A quiz over a vault that exists and refuses every password.
+struct LockedQuiz {
+    QTemporaryDir support;
+    RecordingRunner tool;
+    VaultManager vault{support.path(), tool.runner()};
+    MathQuiz quiz;
+    LockedQuiz() {
+        QDir().mkpath(vault.bundlePath());
+        tool.replies = {wrongPassword(), wrongPassword()};
+        quiz.setVault(&vault);
+    }
+};
+
 } // namespace
 
 class TestMathQuiz : public QObject {
@@ -27,25 +40,20 @@ private slots:
     void parsingAnswers_data() {
         QTest::addColumn<QString>("text");
         QTest::addColumn<std::optional<qint64>>("number");
-        QTest::newRow("plain") << "42" << std::optional<qint64>(42);
+        const std::optional<qint64> none;
         QTest::newRow("leading plus") << "+42" << std::optional<qint64>(42);
         QTest::newRow("negative") << "-7" << std::optional<qint64>(-7);
-        QTest::newRow("leading zeros") << "007" << std::optional<qint64>(7);
         QTest::newRow("largest") << "9223372036854775807"
                                  << std::optional<qint64>(std::numeric_limits<qint64>::max());
         QTest::newRow("smallest") << "-9223372036854775808"
                                   << std::optional<qint64>(std::numeric_limits<qint64>::min());
-        QTest::newRow("one past the largest") << "9223372036854775808" << std::optional<qint64>();
-        QTest::newRow("far out of range") << "123456789012345678901234" << std::optional<qint64>();
-        QTest::newRow("inner space") << "4 2" << std::optional<qint64>();
-        QTest::newRow("decimal") << "42.0" << std::optional<qint64>();
-        QTest::newRow("lone plus") << "+" << std::optional<qint64>();
-        QTest::newRow("lone minus") << "-" << std::optional<qint64>();
-        QTest::newRow("two signs") << "+-4" << std::optional<qint64>();
-        QTest::newRow("empty") << "" << std::optional<qint64>();
-        QTest::newRow("words") << "forty-two" << std::optional<qint64>();
-        QTest::newRow("other scripts' digits") << "\u0664\u0662" << std::optional<qint64>();
-        QTest::newRow("untrimmed") << " 42" << std::optional<qint64>();
+        QTest::newRow("one past the largest") << "9223372036854775808" << none;
+        QTest::newRow("inner space") << "4 2" << none;
+        QTest::newRow("decimal") << "42.0" << none;
+        QTest::newRow("lone minus") << "-" << none;
+        QTest::newRow("two signs") << "+-4" << none;
+        QTest::newRow("other scripts' digits") << "\u0664\u0662" << none;
+        QTest::newRow("untrimmed") << " 42" << none;
     }
     void parsingAnswers() {
         QFETCH(QString, text);
@@ -62,19 +70,18 @@ private slots:
 
     void questionsAndAnswers() {
         MathQuiz quiz;
-        QCOMPARE(MathQuiz::symbol(MathQuiz::Op::add), "+");
-        QCOMPARE(MathQuiz::symbol(MathQuiz::Op::sub), "\u2212");
-        QCOMPARE(MathQuiz::symbol(MathQuiz::Op::mul), "\u00D7");
         quiz.setQuestion(MathQuiz::Op::sub, 47, 12);
         QCOMPARE(quiz.question(), "47 \u2212 12 = ?");
         QCOMPARE(quiz.expectedAnswer(), 35);
-        quiz.setQuestion(MathQuiz::Op::sub, 47, 47);
-        QCOMPARE(quiz.question(), "47 \u2212 47 = ?");
-        QCOMPARE(quiz.expectedAnswer(), 0);
         quiz.setQuestion(MathQuiz::Op::mul, 12, 11);
         QCOMPARE(quiz.expectedAnswer(), 132);
         quiz.setQuestion(MathQuiz::Op::add, 1000, 99);
-        QCOMPARE(quiz.question(), "1000 + 99 = ?");
+        QCOMPARE(quiz.expectedAnswer(), 1099);
+        // A new question leaves what is typed alone.
+        quiz.setInput("12");
+        quiz.regenerate();
+        QCOMPARE(quiz.input(), "12");
+        QVERIFY(!quiz.hasMessage());
     }
 
     // Every operand anywhere in its range, ends included, and nothing outside it. A
@@ -101,86 +108,49 @@ private slots:
         QCOMPARE(spans[std::pair(MathQuiz::Op::sub, 0)], Span(10, 99));
     }
 
-    void regenerateLeavesTheBoxAndTheGrade() {
-        MathQuiz quiz;
-        quiz.setInput("12");
-        quiz.regenerate();
-        QCOMPARE(quiz.input(), "12");
-        QVERIFY(!quiz.hasMessage());
-    }
-
     void gradingAfterAFailedUnlock_data() {
         QTest::addColumn<QString>("typed");
         QTest::addColumn<bool>("correct");
         QTest::newRow("right") << "42" << true;
         QTest::newRow("right, with spaces around") << " 42 " << true;
-        QTest::newRow("right, with a plus") << "+42" << true;
         QTest::newRow("wrong number") << "41" << false;
-        QTest::newRow("inner space") << "4 2" << false;
-        QTest::newRow("decimal") << "42.0" << false;
-        QTest::newRow("words") << "forty-two" << false;
+        QTest::newRow("not a number") << "4 2" << false;
         QTest::newRow("empty") << "" << false;
     }
     void gradingAfterAFailedUnlock() {
         QFETCH(QString, typed);
         QFETCH(bool, correct);
-        QTemporaryDir support;
-        RecordingRunner tool;
-        VaultManager vault(support.path(), tool.runner());
-        QVERIFY(QDir().mkpath(vault.bundlePath()));
-        tool.replies = {wrongPassword()};
-        MathQuiz quiz;
-        quiz.setVault(&vault);
-        quiz.setQuestion(MathQuiz::Op::add, 20, 22);
-        quiz.setInput(typed);
-        quiz.submit();
-        QVERIFY(quiz.busy());
-        QCOMPARE(quiz.buttonLabel(), "Checking...");
-        QTRY_VERIFY(!quiz.busy());
+        LockedQuiz q;
+        q.quiz.setQuestion(MathQuiz::Op::add, 20, 22);
+        q.quiz.setInput(typed);
+        q.quiz.submit();
+        QVERIFY(q.quiz.busy());
+        QTRY_VERIFY(!q.quiz.busy());
 
         // The password tried is the text exactly as typed; an empty one is no password at all.
         const QList<RecordingRunner::Call> tried{
-            {{"attach", "-stdinpass", "-plist", "-nobrowse", vault.bundlePath()}, typed}};
-        QCOMPARE(tool.calls, typed.isEmpty() ? QList<RecordingRunner::Call>() : tried);
-        QVERIFY(quiz.hasMessage());
-        QCOMPARE(quiz.correct(), correct);
-        QCOMPARE(quiz.messageText(), correct ? "Correct!" : "Try again");
-        QCOMPARE(quiz.messageSymbol(), correct ? "checkmark.circle.fill" : "xmark.circle.fill");
-        QCOMPARE(quiz.input(), QString());
-        QCOMPARE(quiz.buttonLabel(), "Submit");
+            {{"attach", "-stdinpass", "-plist", "-nobrowse", q.vault.bundlePath()}, typed}};
+        QCOMPARE(q.tool.calls, typed.isEmpty() ? QList<RecordingRunner::Call>() : tried);
+        QVERIFY(q.quiz.hasMessage());
+        QCOMPARE(q.quiz.correct(), correct);
+        QCOMPARE(q.quiz.input(), QString());
     }
 
-    void aSecondSubmitWhileCheckingIsIgnored() {
-        QTemporaryDir support;
-        RecordingRunner tool;
-        VaultManager vault(support.path(), tool.runner());
-        QVERIFY(QDir().mkpath(vault.bundlePath()));
-        tool.replies = {wrongPassword(), wrongPassword()};
-        MathQuiz quiz;
-        quiz.setVault(&vault);
-        quiz.regenerate();
-        quiz.setInput("1");
-        quiz.submit();
-        quiz.submit();
-        QTRY_VERIFY(!quiz.busy());
+    // While checking: a second submit is ignored, and the last grade is cleared at once.
+    void whileChecking() {
+        LockedQuiz q;
+        q.quiz.regenerate();
+        q.quiz.setInput("1");
+        q.quiz.submit();
+        q.quiz.submit();
+        QTRY_VERIFY(q.quiz.hasMessage());
         QTest::qWait(50);
-        QCOMPARE(tool.calls.size(), 1);
-    }
-
-    void aFailedAttemptClearsTheGradeWhileChecking() {
-        QTemporaryDir support;
-        RecordingRunner tool;
-        VaultManager vault(support.path(), tool.runner());
-        QVERIFY(QDir().mkpath(vault.bundlePath()));
-        tool.replies = {wrongPassword(), wrongPassword()};
-        MathQuiz quiz;
-        quiz.setVault(&vault);
-        quiz.regenerate();
-        quiz.submit();
-        QTRY_VERIFY(quiz.hasMessage());
-        quiz.submit();
-        QVERIFY(!quiz.hasMessage());
-        QTRY_VERIFY(quiz.hasMessage());
+        QCOMPARE(q.tool.calls.size(), 1);
+        q.quiz.setInput("2");
+        q.quiz.submit();
+        QVERIFY(!q.quiz.hasMessage());
+        QTRY_VERIFY(q.quiz.hasMessage());
+        QCOMPARE(q.tool.calls.size(), 2);
     }
 };
 

@@ -3,6 +3,7 @@
 // keyboard alone, the disguise switched while locked and what the desktop sees of it, and
 // closing the window with the vault open.
 
+#include "lockscreens/DisguiseMode.h"
 #include "support/AppWindow.h"
 #include "support/FuseHarness.h"
 #include "support/RecordingRunner.h"
@@ -46,9 +47,9 @@ void notify(QAccessibleEvent* event) {
     filter(event);
 }
 
-// The pixels of an icon, to tell one from another.
-QImage pixels(const QIcon& icon) {
-    return icon.pixmap(32).toImage();
+// Whether anything on screen speaks of a vault.
+bool vaultMentioned(const AppWindow& app) {
+    return app.visibleTexts().join('\n').contains("vault", Qt::CaseInsensitive);
 }
 
 } // namespace
@@ -71,13 +72,10 @@ private slots:
         testsupport::ScopedRuntimeDir runtime;
         AppWindow app(testsupport::fastToolRunner());
         QCOMPARE(app.screenName(), "WelcomeView");
-        QTRY_COMPARE(app.window()->title(), "Morvanta");
         QTRY_COMPARE(app.window()->size(), QSize(600, 600));
         QCOMPARE(app.window()->minimumSize(), QSize(520, 420));
-
         app.click("forwardButton");
         pressThroughAccessibility(app.item("forwardButton"));
-        QCOMPARE(app.item("forwardButton")->property("text").toString(), "Get Started");
         app.click("forwardButton");
         QTRY_COMPARE(app.screenName(), "SetupView");
 
@@ -93,7 +91,6 @@ private slots:
         app.click("createButton");
 
         QTRY_VERIFY(app.vault().isUnlocked());
-        QVERIFY(app.vault().vaultExists());
         QTRY_COMPARE(app.screenName(), "VaultView");
         QTRY_COMPARE(app.window()->size(), QSize(800, 635));
         QCOMPARE(testsupport::mountsBelow(runtime.path()).size(), 1);
@@ -106,7 +103,6 @@ private slots:
         AppWindow app(countingRunner(attaches));
         app.vault().createVault("  spaced secret  ");
         QTRY_COMPARE(app.screenName(), "StandardUnlockView");
-        QCOMPARE(app.item("title")->property("text").toString(), "Unlock Vault");
         QTRY_VERIFY(app.item("passwordField")->hasActiveFocus());
         // A notice of typing reaches the platform with bullets for the characters.
         g_textNotices.clear();
@@ -119,61 +115,31 @@ private slots:
         QTest::keyClick(app.window(), Qt::Key_Tab);
         QTRY_VERIFY(app.item("unlockButton")->hasActiveFocus());
         QTest::keyClick(app.window(), Qt::Key_Space);
-        QTRY_COMPARE(app.item("errorLine")->property("text").toString(), "Authentication failed.");
-        QVERIFY(app.item("errorLine")->isVisible());
+        QTRY_VERIFY(app.item("errorLine")->isVisible());
         QCOMPARE(app.item("passwordField")->property("text").toString(), QString());
         QVERIFY(app.item("unlockButton")->isEnabled());
-        QCOMPARE(app.item("unlockButton")->property("text").toString(), "Unlock");
         QVERIFY(!app.vault().isUnlocked());
         QTRY_VERIFY(app.item("passwordField")->hasActiveFocus());
 
         app.type("  spaced secret  ");
         QTest::keyClick(app.window(), Qt::Key_Return);
         QTRY_VERIFY(app.vault().isUnlocked());
-        QTRY_COMPARE(app.window()->size(), QSize(800, 635));
         QCOMPARE(attaches, 2);
     }
 
-    void aDoubleReturnStartsOneAttempt() {
-        REQUIRE_FUSE();
-        testsupport::ScopedRuntimeDir runtime;
-        int attaches = 0;
-        AppWindow app(countingRunner(attaches), "neutral");
-        app.vault().createVault("the password");
-        QTRY_COMPARE(app.screenName(), "StandardUnlockView");
-        app.typeInto("passwordField", "not the password");
-        QTest::keyClick(app.window(), Qt::Key_Return);
-        QTest::keyClick(app.window(), Qt::Key_Return);
-        QTRY_VERIFY(!app.item("errorLine")->property("text").toString().isEmpty());
-        QTest::qWait(100);
-        QCOMPARE(attaches, 1);
-    }
-
-    void theQuizOpensWithThePasswordAsTyped() {
-        REQUIRE_FUSE();
-        testsupport::ScopedRuntimeDir runtime;
-        AppWindow app(testsupport::fastToolRunner(), "math");
-        // A numeric password: it must still be tried before any grading.
-        app.vault().createVault(" 1234 ");
-        QTRY_COMPARE(app.screenName(), "MathQuizUnlockView");
-        QTRY_VERIFY(app.item("answerField")->hasActiveFocus());
-        app.typeInto("answerField", " 1234 ");
-        QTest::keyClick(app.window(), Qt::Key_Return);
-        QTRY_VERIFY(app.vault().isUnlocked());
-        QTRY_COMPARE(app.window()->title(), "Calculator");
-    }
-
-    void theQuizGradesWhatDoesNotOpen() {
+    // Every answer is first tried as the password; only what does not open is graded.
+    void theQuizTriesThenGrades() {
         REQUIRE_FUSE();
         testsupport::ScopedRuntimeDir runtime;
         int attaches = 0;
         AppWindow app(countingRunner(attaches), "math");
-        app.vault().createVault("real password");
+        app.vault().createVault(" 1234 ");
         QTRY_COMPARE(app.screenName(), "MathQuizUnlockView");
+        QTRY_VERIFY(app.item("answerField")->hasActiveFocus());
         QObject* quiz = app.screen()->property("quiz").value<QObject*>();
         QVERIFY(quiz);
         const QString question = app.item("question")->property("text").toString();
-        QVERIFY(QRegularExpression("^\\d+ [+\u2212\u00D7] \\d+ = \\?$").match(question).hasMatch());
+        QCOMPARE(question, quiz->property("question").toString());
         const qint64 a = quiz->property("a").toLongLong();
         const qint64 b = quiz->property("b").toLongLong();
         const QString op = question.section(' ', 1, 1);
@@ -188,25 +154,30 @@ private slots:
         app.typeInto("answerField", QStringLiteral(" %1 ").arg(answer));
         app.click("submitButton");
         QTRY_VERIFY(app.item("messageLine")->isVisible());
-        const QStringList shown = app.visibleTexts();
-        QVERIFY2(shown.contains("Correct!"), qPrintable(shown.join(" | ")));
+        QVERIFY(quiz->property("correct").toBool());
         QCOMPARE(app.item("answerField")->property("text").toString(), QString());
 
         // From the keyboard: Tab to Submit and Space; the box has the focus again after.
-        app.typeInto("answerField", "real passwort");
+        app.typeInto("answerField", "1235");
         QTest::keyClick(app.window(), Qt::Key_Tab);
         QTRY_VERIFY(app.item("submitButton")->hasActiveFocus());
         QTest::keyClick(app.window(), Qt::Key_Space);
-        QTRY_VERIFY(app.visibleTexts().contains("Try again"));
+        QTRY_COMPARE(attaches, 2);
+        QTRY_VERIFY(!quiz->property("busy").toBool());
+        QVERIFY(!quiz->property("correct").toBool());
         QTRY_VERIFY(app.item("answerField")->hasActiveFocus());
         QVERIFY(!app.vault().isUnlocked());
-        QCOMPARE(attaches, 2);
         // The disguise holds: nothing on screen speaks of a vault, a password or a failure.
         for (const QString& text : app.visibleTexts()) {
             QVERIFY2(!text.contains("ault") && !text.contains("assword") &&
                          !text.contains("failed") && !text.contains("Authentication"),
                      qPrintable(text));
         }
+        // A numeric password still opens, as typed.
+        app.typeInto("answerField", " 1234 ");
+        QTest::keyClick(app.window(), Qt::Key_Return);
+        QTRY_VERIFY(app.vault().isUnlocked());
+        QTRY_COMPARE(app.window()->title(), windowTitle("math"));
     }
 
     void switchingTheDisguiseChangesScreenAndTitleAtOnce() {
@@ -215,16 +186,15 @@ private slots:
         AppWindow app(testsupport::fastToolRunner());
         app.vault().createVault("password one");
         QTRY_COMPARE(app.screenName(), "StandardUnlockView");
-        QTRY_COMPARE(app.window()->title(), "Morvanta");
+        QVERIFY(vaultMentioned(app));
 
         app.settings().setDisguiseMode("neutral");
-        QTRY_COMPARE(app.window()->title(), "Workspace");
+        QTRY_COMPARE(app.window()->title(), windowTitle("neutral"));
         QCOMPARE(app.screenName(), "StandardUnlockView");
-        QCOMPARE(app.item("title")->property("text").toString(), "Sign in");
-        QCOMPARE(app.item("unlockButton")->property("text").toString(), "Sign in");
+        QVERIFY(!vaultMentioned(app));
 
         app.settings().setDisguiseMode("math");
-        QTRY_COMPARE(app.window()->title(), "Calculator");
+        QTRY_COMPARE(app.window()->title(), windowTitle("math"));
         QCOMPARE(app.screenName(), "MathQuizUnlockView");
         app.typeInto("answerField", "12");
 
@@ -233,14 +203,14 @@ private slots:
         QCOMPARE(app.item("passwordField")->property("text").toString(), QString());
 
         app.settings().setDisguiseMode("something else");
-        QTRY_COMPARE(app.window()->title(), "Morvanta");
-        QCOMPARE(app.item("title")->property("text").toString(), "Unlock Vault");
+        QTRY_COMPARE(app.window()->title(), windowTitle("none"));
+        QVERIFY(vaultMentioned(app));
 
         // The disguised title stays once the vault is open.
         app.settings().setDisguiseMode("neutral");
         app.vault().unlock("password one");
         QTRY_COMPARE(app.window()->size(), QSize(800, 635));
-        QCOMPARE(app.window()->title(), "Workspace");
+        QCOMPARE(app.window()->title(), windowTitle("neutral"));
     }
 
     // Taskbars, window switchers and screen readers learn only the disguise, from the first
@@ -248,19 +218,19 @@ private slots:
     void theDesktopSeesOnlyTheDisguise() {
         RecordingRunner tool;
         AppWindow app(tool.runner(), "math");
-        QCOMPARE(app.window()->title(), "Calculator");
+        QCOMPARE(app.window()->title(), windowTitle("math"));
         QAccessibleInterface* application = QAccessible::queryAccessibleInterface(qApp);
         QList<QImage> icons;
-        for (const auto& [disguise, name] : QList<std::pair<QString, QString>>{
-                 {"math", "Calculator"}, {"neutral", "Workspace"}, {"none", "Morvanta"}}) {
+        for (const QString disguise : {"math", "neutral", "none"}) {
             app.settings().setDisguiseMode(disguise);
+            const QString name = windowTitle(disguise);
             QTRY_COMPARE(app.window()->title(), name);
             QCOMPARE(QGuiApplication::applicationDisplayName(), name);
             QCOMPARE(application->text(QAccessible::Name), name);
             const bool branded = disguise == "none";
             QCOMPARE(QGuiApplication::desktopFileName() == "morvanta", branded);
             QCOMPARE(application->text(QAccessible::Description).contains("vault"), branded);
-            icons << pixels(app.window()->icon());
+            icons << app.window()->icon().pixmap(32).toImage();
         }
         QVERIFY(icons[0] != icons[2] && icons[1] != icons[2] && icons[0] != icons[1]);
     }

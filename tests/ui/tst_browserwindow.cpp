@@ -1,9 +1,11 @@
 // The vault browser as a person uses it: the whole window offscreen over a real gocryptfs
 // vault, with the file pickers answered for the user. Adding (by panel and by dropping),
-// sorting, renaming, restoring, moving out, deleting, the settings menu, the lock, backups
-// and the password sheet, each judged by what is on disk and on screen afterwards.
+// sorting, opening, moving out, the keyboard walk from unlock to lock, what a screen reader
+// finds, backups and the password sheet, each judged by what is on disk and on screen.
 
+#include "browser/BrowserTexts.h"
 #include "browser/ItemTableModel.h"
+#include "browser/VaultBrowser.h"
 #include "support/Accessibility.h"
 
 #include <QAccessible>
@@ -104,13 +106,6 @@ public:
         app.click(cell);
         QCOMPARE(browser()->property("selection").toUrl(), url);
     }
-    void rightClick(const QUrl& url) const {
-        const QString cell = QStringLiteral("cell.%1.0").arg(table()->rowOf(url));
-        QTRY_VERIFY(app.find(cell) && app.find(cell)->property("url").toUrl() == url);
-        const QQuickItem* found = app.find(cell);
-        const QPointF centre = found->mapToScene({found->width() / 2, found->height() / 2});
-        QTest::mouseClick(app.window(), Qt::RightButton, {}, centre.toPoint());
-    }
     // The "Actions" menu for the selection, then one of its entries.
     void chooseAction(const QString& action) const {
         app.click("actionsButton");
@@ -172,23 +167,30 @@ class TestBrowserWindow : public QObject {
 private slots:
     void init() { QTest::failOnWarning(QRegularExpression(".*")); }
 
-    void emptyVaultThenCounts() {
+    // The status bar's texts come from their one source; the table sorts by byte count,
+    // not by the text shown ("10.0 kB" < "9 bytes").
+    void emptyVaultThenCountsAndSorting() {
         REQUIRE_FUSE();
         OpenVault v;
         QTRY_COMPARE(v.app.screenName(), "VaultView");
         QVERIFY(v.shown("emptyState"));
         QVERIFY(!v.shown("itemTableFrame"));
-        QCOMPARE(v.text("countPillText"), "0 items");
-        QCOMPARE(v.text("idlePillText"), "Auto-lock: 5m");
+        QCOMPARE(v.text("countPillText"), itemCountText(0));
+        QCOMPARE(v.text("idlePillText"), idleText(v.app.vault().idleTimeoutSeconds()));
         QCOMPARE(v.text("mountPathLabel"), v.app.vault().mountPoint().toLocalFile());
         QVERIFY(!v.app.item("actionsButton")->isEnabled());
 
-        v.added("one.txt");
+        v.added("b-nine.txt", 9);
+        v.added("A-ten-k.txt", 10000);
         QTRY_VERIFY(v.shown("itemTableFrame"));
         QVERIFY(!v.shown("emptyState"));
-        QCOMPARE(v.text("countPillText"), "1 item");
-        v.added("two.txt");
-        QCOMPARE(v.text("countPillText"), "2 items");
+        QCOMPARE(v.text("countPillText"), itemCountText(2));
+        v.app.click("header.Size");
+        QTRY_COMPARE(v.app.item("cell.0.0")->property("display").toString(), "b-nine.txt");
+        QCOMPARE(v.app.item("cell.0.1")->property("display").toString(), byteCountText(9));
+        v.waitForFrame();
+        v.app.click("header.Size");
+        QTRY_COMPARE(v.app.item("cell.0.0")->property("display").toString(), "A-ten-k.txt");
     }
 
     void addingFiveWhereTheSecondFails() {
@@ -204,181 +206,42 @@ private slots:
 
         QCOMPARE(v.rowNames(), QStringList({"a.txt", "b.txt", "c.txt", "d.txt", "e.txt"}));
         QVERIFY(v.shown("errorBanner"));
-        QCOMPARE(v.text("errorBannerText"), "IO failed: Item with same name already in vault.");
         QVERIFY(!v.shown("successBanner"));
         // The one refused stays where it was; the others have moved in.
         QVERIFY(QFileInfo::exists(v.home.filePath("second/b.txt")));
         QVERIFY(!QFileInfo::exists(v.home.filePath("a.txt")));
         QVERIFY(!QFileInfo::exists(v.home.filePath("e.txt")));
-        QCOMPARE(v.app.panels().openRequests.last().prompt, "Add to Vault");
-
         v.app.click("errorBannerDismiss");
         QVERIFY(!v.shown("errorBanner"));
     }
 
-    void sortingBySizeAndByName() {
-        REQUIRE_FUSE();
-        OpenVault v;
-        v.added("b-nine.txt", 9);
-        v.added("A-ten-k.txt", 10000);
-        v.added("c-two-m.txt", 2000000);
-        v.added("D-empty.txt", 0);
-        QCOMPARE(v.rowNames(),
-                 QStringList({"A-ten-k.txt", "b-nine.txt", "c-two-m.txt", "D-empty.txt"}));
-
-        // By byte count, not by the text shown ("10.0 kB" < "2.0 MB" < "9 bytes").
-        v.app.click("header.Size");
-        QTRY_COMPARE(v.rowNames(),
-                     QStringList({"D-empty.txt", "b-nine.txt", "A-ten-k.txt", "c-two-m.txt"}));
-        QTRY_COMPARE(v.app.item("cell.3.1")->property("display").toString(), "2.0 MB");
-        v.waitForFrame();
-        v.app.click("header.Size");
-        QTRY_COMPARE(v.rowNames(),
-                     QStringList({"c-two-m.txt", "A-ten-k.txt", "b-nine.txt", "D-empty.txt"}));
-        QTRY_COMPARE(v.app.item("cell.0.0")->property("display").toString(), "c-two-m.txt");
-    }
-
-    void renamingKeepsTheExtension() {
-        REQUIRE_FUSE();
-        OpenVault v;
-        const QUrl report = v.added("Report.final.pdf");
-        QDir().mkpath(v.home.filePath("Photos"));
-        v.app.vault().addItem(QUrl::fromLocalFile(v.home.filePath("Photos")));
-        v.app.vault().addItem(v.file("other.txt"));
-        v.app.vault().addItem(v.file("Taken.txt"));
-
-        v.select(report);
-        v.chooseAction("rename");
-        QTRY_VERIFY(v.shown("renameDialog"));
-        QCOMPARE(v.text("renameDialogTitle"), "Rename item");
-        QCOMPARE(v.text("renameField"), "Report.final");
-        QCOMPARE(v.text("renameDialogMessage"),
-                 "Enter a new name. The \u201C.pdf\u201D extension is kept so the item still "
-                 "opens correctly.");
-        v.app.typeInto("renameField", "Summary.docx");
-        v.app.click("renameDialogConfirm");
-        v.waitIdle();
-        QVERIFY(!v.shown("renameDialog"));
-        QCOMPARE(v.text("successBannerText"), "Renamed.");
-        QVERIFY(v.rowNames().contains("Summary.pdf"));
-        QVERIFY(QFileInfo::exists(v.inVault("Summary.pdf").toLocalFile()));
-        QCOMPARE(v.browser()->property("selection").toUrl(), QUrl());
-
-        // A folder has no extension to keep; this time from the row's own menu, with Return.
-        v.rightClick(v.inVault("Photos"));
-        QTRY_VERIFY(v.shown("rowMenu.rename"));
-        v.waitForFrame();
-        v.app.click("rowMenu.rename");
-        QTRY_VERIFY(v.shown("renameDialog"));
-        QCOMPARE(v.text("renameField"), "Photos");
-        QCOMPARE(v.text("renameDialogMessage"), "Enter a new name for this item.");
-        v.app.typeInto("renameField", "Pics.old");
-        QTest::keyClick(v.app.window(), Qt::Key_Return);
-        v.waitIdle();
-        QVERIFY(v.rowNames().contains("Pics.old"));
-        QVERIFY(!v.shown("renameDialog"));
-
-        // A name already taken: the engine's text, and the item stays selected.
-        const QUrl other = v.inVault("other.txt");
-        v.select(other);
-        v.chooseAction("rename");
-        QTRY_VERIFY(v.shown("renameDialog"));
-        v.app.typeInto("renameField", "Taken");
-        v.app.click("renameDialogConfirm");
-        v.waitIdle();
-        QCOMPARE(v.text("errorBannerText"),
-                 "IO failed: An item named \u201CTaken.txt\u201D is already in the vault.");
-        QVERIFY(!v.shown("successBanner"));
-        QCOMPARE(v.browser()->property("selection").toUrl(), other);
-    }
-
-    void restoringThroughTheConfirmation() {
-        REQUIRE_FUSE();
-        OpenVault v;
-        const QUrl taxes = v.added("Documents/Taxes 2023.pdf");
-        // Copied in by another program: nobody knows where it came from.
-        testsupport::writeFile(v.inVault("stray.txt").toLocalFile(), "stray");
-        v.app.vault().refreshItems();
-
-        v.select(v.inVault("stray.txt"));
-        v.app.click("actionsButton");
-        QTRY_VERIFY(v.shown("rowMenu.moveOut"));
-        QVERIFY(!v.app.find("rowMenu.restore"));
-        QTest::keyClick(v.app.window(), Qt::Key_Escape);
-        QTRY_VERIFY(!v.shown("rowMenu.moveOut"));
-
-        v.select(taxes);
-        v.chooseAction("restore");
-        QTRY_VERIFY(v.shown("restoreDialog"));
-        QCOMPARE(v.text("restoreDialogTitle"), "Restore to original location?");
-        QCOMPARE(v.text("restoreDialogMessage"),
-                 "\u201CTaxes 2023.pdf\u201D will be moved out of the vault back to:\n\n" +
-                     v.home.filePath("Documents/Taxes 2023.pdf"));
-        QCOMPARE(v.text("restoreDialogConfirm"), "Restore");
-        v.app.click("restoreDialogConfirm");
-        v.waitIdle();
-        QVERIFY(!v.shown("restoreDialog"));
-        QCOMPARE(v.text("successBannerText"), "Restored to original location.");
-        QCOMPARE(testsupport::readFile(v.home.filePath("Documents/Taxes 2023.pdf")),
-                 QByteArray(10, 'm'));
-        QCOMPARE(v.rowNames(), QStringList("stray.txt"));
-
-        // Cancelled, nothing happens.
-        v.added("again.txt");
-        v.select(v.inVault("again.txt"));
-        v.chooseAction("restore");
-        QTRY_VERIFY(v.shown("restoreDialog"));
-        v.app.click("restoreDialogCancel");
-        QTRY_VERIFY(!v.shown("restoreDialog"));
-        QVERIFY(!v.browser()->property("confirmRestore").toBool());
-        QVERIFY(v.rowNames().contains("again.txt"));
-    }
-
-    void movingOutAndDeleting() {
+    void movingOut() {
         REQUIRE_FUSE();
         OpenVault v;
         const QUrl notes = v.added("notes.txt");
-        const QUrl diary = v.added("diary.txt");
+        v.added("diary.txt");
         QDir().mkpath(v.home.filePath("Elsewhere"));
 
         // A cancelled destination changes nothing.
         v.select(notes);
         v.chooseAction("moveOut");
-        const platform::OpenPanelOptions asked = v.app.panels().openRequests.last();
-        QCOMPARE(asked.prompt, "Move Here");
-        QCOMPARE(asked.message, "Choose destination outside the vault.");
-        QVERIFY(asked.canChooseDirectories && !asked.canChooseFiles);
-        QVERIFY(!asked.allowsMultipleSelection);
+        QCOMPARE(v.app.panels().openRequests.last(), VaultBrowser::moveOutPanelOptions());
         QCOMPARE(v.browser()->property("selection").toUrl(), notes);
         QVERIFY(v.rowNames().contains("notes.txt"));
 
         v.app.panels().openAnswers = {
             QList<QUrl>{QUrl::fromLocalFile(v.home.filePath("Elsewhere"))}};
-        v.chooseAction("moveOut");
-        v.waitIdle();
+        // The action counts as activity.
+        QVERIFY(testsupport::restartsIdleDelay(v.app.vault(), [&] {
+            v.chooseAction("moveOut");
+            v.waitIdle();
+        }));
         QVERIFY(QFileInfo::exists(v.home.filePath("Elsewhere/notes.txt")));
         QCOMPARE(v.rowNames(), QStringList("diary.txt"));
         // Moving out is its own feedback.
         QVERIFY(!v.shown("successBanner"));
         QVERIFY(!v.shown("errorBanner"));
         QCOMPARE(v.browser()->property("selection").toUrl(), QUrl());
-
-        v.select(diary);
-        v.chooseAction("delete");
-        QTRY_VERIFY(v.shown("deleteDialog"));
-        QCOMPARE(v.text("deleteDialogTitle"), "Delete permanently?");
-        QCOMPARE(v.text("deleteDialogMessage"),
-                 "The vault holds the only copy of \u201Cdiary.txt\u201D \u2014 deleting it erases "
-                 "it from your computer entirely. This can\u2019t be undone.");
-        QCOMPARE(v.text("deleteDialogConfirm"), "Delete");
-        // The action counts as activity.
-        QVERIFY(testsupport::restartsIdleDelay(v.app.vault(), [&] {
-            v.app.click("deleteDialogConfirm");
-            v.waitIdle();
-        }));
-        QCOMPARE(v.text("successBannerText"), "Deleted permanently.");
-        QVERIFY(!QFileInfo::exists(diary.toLocalFile()));
-        QVERIFY(v.shown("emptyState"));
     }
 
     void openingUsesTheDesktopsApplication() {
@@ -452,8 +315,11 @@ private slots:
         v.keys({Qt::Key_Return});
         QTRY_COMPARE(v.text("idlePillText"), "Auto-lock: 15m");
 
+        // Ctrl+L locks, unmounts and shrinks the window.
         QTest::keyClick(v.app.window(), Qt::Key_L, Qt::ControlModifier);
         QTRY_COMPARE(v.app.screenName(), "StandardUnlockView");
+        QTRY_COMPARE(v.app.window()->size(), QSize(600, 600));
+        QVERIFY(testsupport::mountsBelow(v.runtime.path()).isEmpty());
     }
 
     // What a screen reader finds on the browser, its menus and its sheets: every control
@@ -528,42 +394,22 @@ private slots:
         QTRY_VERIFY(!v.shown("dropOverlay"));
     }
 
-    void controlLLocksAndShrinksTheWindow() {
-        REQUIRE_FUSE();
-        OpenVault v;
-        QTRY_COMPARE(v.app.window()->size(), QSize(800, 635));
-        QCOMPARE(v.app.item("lockButton")->property("helpText").toString(), "Lock vault (Ctrl+L)");
-        QTest::keyClick(v.app.window(), Qt::Key_L, Qt::ControlModifier);
-        QTRY_VERIFY(!v.app.vault().isUnlocked());
-        QTRY_COMPARE(v.app.window()->size(), QSize(600, 600));
-        QCOMPARE(v.app.screenName(), "StandardUnlockView");
-        QVERIFY(testsupport::mountsBelow(v.runtime.path()).isEmpty());
-    }
-
     void aBackupOpensWithThePassword() {
         REQUIRE_FUSE();
         OpenVault v;
         v.added("Taxes.pdf", 3000);
         v.added("Photos/cat.png", 5000);
-        const QString backup = v.home.filePath("Backups/MorvantaVault-Backup.7z");
-        QDir().mkpath(v.home.filePath("Backups"));
+        const QString backup = v.home.filePath("MorvantaVault-Backup.7z");
         v.app.panels().saveAnswers = {QUrl::fromLocalFile(backup)};
         v.chooseSetting("gear.backup");
         v.waitIdle();
-        QCOMPARE(v.text("successBannerText"), "Encrypted backup saved.");
-        QCOMPARE(v.app.panels().saveRequests.last().nameFieldStringValue,
-                 "MorvantaVault-Backup.7z");
+        QVERIFY(v.shown("successBanner"));
 
         const QString out = v.home.filePath("unpacked");
         QCOMPARE(unpack(backup, kPassword, out), 0);
         QCOMPARE(testsupport::readFile(out + "/Taxes.pdf"), QByteArray(3000, 'm'));
         QCOMPARE(testsupport::readFile(out + "/cat.png"), QByteArray(5000, 'm'));
         QVERIFY(unpack(backup, "wrong", out + "2") != 0);
-
-        // Cancelling the panel is silent.
-        v.chooseSetting("gear.backup");
-        QVERIFY(!v.shown("successBanner"));
-        QVERIFY(!v.shown("errorBanner"));
     }
 
     void thePasswordSheet() {
@@ -572,25 +418,20 @@ private slots:
         v.added("keep.txt");
         v.chooseSetting("gear.changePassword");
         QTRY_VERIFY(v.shown("passwordSheet"));
-        QCOMPARE(v.text("passwordSheetTitle"), "Change Master Password");
         QQuickItem* button = v.app.item("changePasswordButton");
-        QCOMPARE(button->property("text").toString(), "Change Password");
-
         v.app.typeInto("newPasswordField", "eight888");
         v.app.typeInto("confirmPasswordField", "eight888");
         QVERIFY(!button->isEnabled());
         v.app.typeInto("oldPasswordField", "not the password");
         v.app.click("changePasswordButton");
         QTRY_VERIFY(v.shown("passwordErrorLine"));
-        QCOMPARE(v.text("passwordErrorLine"), "Current password is incorrect.");
         QTRY_VERIFY(button->isEnabled());
         QCOMPARE(v.text("newPasswordField"), "eight888");
 
         v.app.typeInto("oldPasswordField", kPassword);
         QTest::keyClick(v.app.window(), Qt::Key_Return);
         QTRY_VERIFY(!v.shown("passwordSheet"));
-        QCOMPARE(v.text("successBannerText"), "Password changed.");
-        QVERIFY(v.app.vault().isUnlocked());
+        QVERIFY(v.shown("successBanner"));
         QCOMPARE(v.rowNames(), QStringList("keep.txt"));
 
         // The new password opens the vault from now on.
@@ -613,11 +454,8 @@ private slots:
         OpenVault v;
         v.app.click("aboutButton");
         QTRY_VERIFY(v.shown("aboutPages"));
-        QCOMPARE(v.app.item("aboutButton")->property("helpText").toString(), "About Morvanta");
-        v.app.click("forwardButton");
-        v.app.click("forwardButton");
-        QTRY_COMPARE(v.text("forwardButton"), "Done");
-        v.app.click("forwardButton");
+        for (int page = 0; page < 3; ++page)
+            v.app.click("forwardButton");
         QTRY_VERIFY(!v.shown("aboutSheet"));
         QVERIFY(!v.browser()->property("showAbout").toBool());
     }
