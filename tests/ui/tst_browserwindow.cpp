@@ -357,6 +357,7 @@ private slots:
         QTRY_VERIFY(v.shown("gear.idle1"));
         QCOMPARE(testsupport::accessibilityProblems(w).join("; "), QString());
         QVERIFY(named("gear.disguise.none")->state().checked);
+        QVERIFY(named("gear.idle5")->state().checked && !named("gear.idle1")->state().checked);
         press("gear.disguise.math");
         QCOMPARE(v.app.settings().disguiseMode(), "math");
         press("gearButton");
