@@ -83,7 +83,8 @@ private slots:
                    "</string></dict></array></dict>";
         };
         m_tool.replies = {{0,
-                           "<plist><dict><key>images</key><array>" + entry("/elsewhere/vault.gocryptfs", "/run/o", {}) +
+                           "<plist><dict><key>images</key><array>" +
+                               entry("/elsewhere/vault.gocryptfs", "/run/o", {}) +
                                entry(image(), "/run/live", "<key>owner-alive</key><true/>") +
                                entry(image(), "/run/crashed", "<key>owner-alive</key><false/>") +
                                entry(image(), "/run/unknown", {}) + "</array></dict></plist>",
@@ -167,7 +168,8 @@ private slots:
         QTest::addColumn<QList<QStringList>>("calls");
         QTest::addColumn<std::optional<Case>>("error");
         const QStringList plain{"detach", kMount}, forced{"detach", "-force", kMount}, info{"info", "-plist"};
-        QTest::newRow("detached") << QList<HDIUtilResult>{} << QList<QStringList>{plain} << std::optional<Case>();
+        QTest::newRow("detached") << QList<HDIUtilResult>{} << QList<QStringList>{plain}
+                                  << std::optional<Case>();
         QTest::newRow("busy, forced") << QList<HDIUtilResult>{kBusy} << QList<QStringList>{plain, forced}
                                       << std::optional<Case>();
         QTest::newRow("busy even forced") << QList<HDIUtilResult>{kBusy, kBusy, {0, "garbage", {}}}
@@ -219,7 +221,8 @@ private slots:
         QVERIFY(idleLockPending(*vault));
         // Checked against the new password from now on; refusals run nothing.
         m_tool.calls.clear();
-        QCOMPARE(kindOf([&] { vault->changePassword(QString::fromUtf8("old pä"), "x"); }), Case::incorrectPassword);
+        QCOMPARE(kindOf([&] { vault->changePassword(QString::fromUtf8("old pä"), "x"); }),
+                 Case::incorrectPassword);
         QDir(image()).removeRecursively();
         QCOMPARE(kindOf([&] { vault->changePassword("new", "x"); }), Case::notInitialized);
         QVERIFY(m_tool.calls.isEmpty());
@@ -231,7 +234,8 @@ private slots:
         QTest::addColumn<Case>("error");
         QTest::addColumn<bool>("unlockedAfter");
         const HDIUtilResult attached = RecordingRunner::attached(kMount);
-        QTest::newRow("detach fails even forced") << QList<HDIUtilResult>{kBusy, kBusy} << Case::unmountFailed << true;
+        QTest::newRow("detach fails even forced")
+            << QList<HDIUtilResult>{kBusy, kBusy} << Case::unmountFailed << true;
         QTest::newRow("re-key fails, reopened")
             << QList<HDIUtilResult>{kOk, {1, {}, "disk full"}, attached} << Case::ioFailed << true;
         QTest::newRow("re-key fails, reopen fails")
