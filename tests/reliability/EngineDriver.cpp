@@ -1,6 +1,5 @@
 // A stand-in for the application, for tests that kill it part-way: it opens the vault in
 // SUPPORT with the password "pw" through the cheap-key tool, then carries out one job.
-//   engine-driver SUPPORT wait              stay unlocked until killed
 //   engine-driver SUPPORT add PATH [N]      add PATH; with N, die (SIGKILL) just before the
 //                                           N-th file operation (0 = the first), or just
 //                                           after the original's removal when N is past it
@@ -82,9 +81,6 @@ int main(int argc, char** argv) {
             vault.renameItem(QUrl::fromLocalFile(root + (there ? args[3] : QStringLiteral("renamed"))),
                              there ? QStringLiteral("renamed") : args[3]);
         }
-    } else {
-        for (;;)
-            QThread::sleep(1);
     }
     std::puts("done");
     std::fflush(stdout);

@@ -1,5 +1,5 @@
 // Morvanta under faults (full file systems, a tool or the whole app killed part-way, a mount
-// that disappears, files held open), bad input, and with its secrets. After each fault,
+// that disappears), odd passwords, and with its secrets. After each fault,
 // nothing of the user's is lost (every file is whole at its place or in the vault, byte for
 // byte), the registry still reads, and the app starts locked.
 
@@ -14,13 +14,11 @@
 #include <QFile>
 #include <QJsonDocument>
 #include <QProcess>
-#include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QThread>
 
 #include <csignal>
-#include <sys/mount.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -33,17 +31,6 @@ using testsupport::treeOf;
 using testsupport::writeFile;
 
 namespace {
-
-// Every file below `root` by its path relative to it, with its bytes.
-QMap<QString, QByteArray> filesBelow(const QString& root) {
-    QMap<QString, QByteArray> files;
-    const auto tree = treeOf(root);
-    for (auto it = tree.cbegin(); it != tree.cend(); ++it) {
-        if (it.value().startsWith("file"))
-            files.insert(it.key(), readFile(root + '/' + it.key()));
-    }
-    return files;
-}
 
 bool registryReads(const QString& vaultRoot) {
     QFile file(vaultRoot + "/.morvanta-origins.json");
@@ -60,9 +47,7 @@ class TestReliability : public QObject {
     std::unique_ptr<testsupport::ScopedRuntimeDir> m_runtime;
     std::unique_ptr<QTemporaryDir> m_home;
 
-    QString home(const QString& name = {}) const {
-        return name.isEmpty() ? m_home->path() : m_home->filePath(name);
-    }
+    QString home(const QString& name) const { return m_home->filePath(name); }
     QString support() const { return home(".support"); }
     std::unique_ptr<VaultManager> startApp() {
         return std::make_unique<VaultManager>(support(), testsupport::fastToolRunner());
@@ -74,43 +59,33 @@ class TestReliability : public QObject {
         return vault;
     }
     QString root(const VaultManager& vault) const { return vault.mountPoint().toLocalFile(); }
-    void requireRoot(const char* why) {
-        if (::geteuid() != 0)
-            QSKIP(why);
-    }
 
     // Starts the stand-in app and waits until it has the vault open.
     std::unique_ptr<QProcess> startDriver(const QStringList& job) {
         auto driver = std::make_unique<QProcess>();
-        driver->start(QCoreApplication::applicationDirPath() + "/engine-driver",
-                      QStringList{support()} + job);
+        driver->start(QCoreApplication::applicationDirPath() + "/engine-driver", QStringList{support()} + job);
         if (!driver->waitForStarted() || !driver->waitForReadyRead(10000) ||
             !driver->readLine().startsWith("ready"))
             return nullptr;
         return driver;
     }
-    void kill(QProcess& driver) {
-        ::kill(pid_t(driver.processId()), SIGKILL);
-        driver.waitForFinished();
-    }
 
-    // What every fault must leave: a locked start with no mount, and every original file
+    // What every fault must leave: a locked start with no mount, and every file of `before`
     // whole either where it was or in the vault.
-    void verifyNothingLost(const QString& original, const QMap<QString, QByteArray>& files) {
+    void verifyNothingLost(const QString& original, const QMap<QString, QByteArray>& before) {
         auto restarted = startApp();
         QVERIFY(!restarted->isUnlocked());
         QVERIFY(testsupport::mountsBelow(m_runtime->path()).isEmpty());
         restarted->unlock("pw");
-        const QString name = QFileInfo(original).fileName();
         QVERIFY(registryReads(root(*restarted)));
-        QVERIFY(QDir(root(*restarted)).entryList({".morvanta-staging-*"}, QDir::AllEntries | QDir::Hidden).isEmpty());
-        const QString inVault = root(*restarted) + '/' + name;
-        for (auto it = files.cbegin(); it != files.cend(); ++it) {
-            const QString outside = original + '/' + it.key();
-            const QString inside = inVault + '/' + it.key();
-            const bool whole = (QFileInfo::exists(outside) && readFile(outside) == it.value()) ||
-                               (QFileInfo::exists(inside) && readFile(inside) == it.value());
-            QVERIFY2(whole, qPrintable(it.key() + " was lost"));
+        QVERIFY(QDir(root(*restarted))
+                    .entryList({".morvanta-staging-*"}, QDir::AllEntries | QDir::Hidden)
+                    .isEmpty());
+        const auto outside = treeOf(original);
+        const auto inside = treeOf(root(*restarted) + '/' + QFileInfo(original).fileName());
+        for (auto it = before.cbegin(); it != before.cend(); ++it) {
+            const bool whole = outside.value(it.key()) == it.value() || inside.value(it.key()) == it.value();
+            QVERIFY2(!it.value().startsWith("file") || whole, qPrintable(it.key() + " was lost"));
         }
         restarted->lock();
     }
@@ -128,9 +103,8 @@ private slots:
 
     void theMountDisappearsUnderTheApp() {
         auto vault = newUnlockedVault();
-        QVERIFY(writeFile(home("kept.txt"), "kept"));
-        vault->addItem(QUrl::fromLocalFile(home("kept.txt")));
         const QString mount = root(*vault);
+        QVERIFY(writeFile(mount + "/kept.txt", "kept"));
 
         const QUrl backup = QUrl::fromLocalFile(home("backup.7z"));
         vault->backupVault(backup);
@@ -147,7 +121,6 @@ private slots:
                  "Vault not mounted.");
         QCOMPARE(readFile(home("next.txt")), QByteArray("next"));
         QVERIFY(!vault->isUnlocked());
-        QVERIFY(!QFileInfo::exists(mount + "/next.txt"));
 
         // Its gocryptfs killed: the same, and the dead mount is cleared away.
         vault->unlock("pw");
@@ -160,43 +133,25 @@ private slots:
         QCOMPARE(errorOf([&] { vault->renameItem(QUrl::fromLocalFile(root(*vault) + "/kept.txt"), "x"); }),
                  "Vault not mounted.");
         QVERIFY(testsupport::mountsBelow(m_runtime->path()).isEmpty());
-
-        // And a lock after an unmount from outside simply finds the vault locked.
-        vault->unlock("pw");
-        platform::runProcess("/usr/bin/fusermount3", {"-u", root(*vault).toStdString()}, {});
-        vault->lock();
-        QVERIFY(!vault->isUnlocked());
     }
 
-    void aFullFileSystemDuringABackupKeepsTheOldOne() {
-        requireRoot("needs root to mount a small file system");
-        auto vault = newUnlockedVault();
-        testsupport::ScopedTmpfs small(home("usb"), "size=1m");
-        QVERIFY(small.mounted());
-        QVERIFY(writeFile(root(*vault) + "/small.txt", "small"));
-        const QUrl backup = QUrl::fromLocalFile(home("usb/MorvantaVault-Backup.7z"));
-        vault->backupVault(backup);
-        const QByteArray first = readFile(backup.toLocalFile());
-
-        QByteArray noise(3 << 20, Qt::Uninitialized);
-        QRandomGenerator::global()->fillRange(reinterpret_cast<quint32*>(noise.data()), noise.size() / 4);
-        QVERIFY(writeFile(root(*vault) + "/large.bin", noise));
-        const QString error = errorOf([&] { vault->backupVault(backup); });
-        QVERIFY2(error.startsWith("IO failed: "), qPrintable(error));
-        QCOMPARE(readFile(backup.toLocalFile()), first);
-        QCOMPARE(QDir(home("usb")).entryList(QDir::Files), QStringList{"MorvantaVault-Backup.7z"});
-        QVERIFY(vault->isUnlocked());
-        vault->lock();
-    }
-
-    void aFullFileSystemDuringAPasswordChangeKeepsTheOldPassword() {
-        requireRoot("needs root to mount a small file system");
+    // With the support folder full, a backup leaves the last one as it was and a password
+    // change keeps the old password.
+    void aFullFileSystemKeepsTheLastBackupAndThePassword() {
+        if (::geteuid() != 0)
+            QSKIP("needs root to mount a small file system");
         testsupport::ScopedTmpfs small(support(), "size=2m");
         QVERIFY(small.mounted());
         auto vault = newUnlockedVault();
         QVERIFY(writeFile(root(*vault) + "/notes.txt", "notes"));
+        const QUrl backup = QUrl::fromLocalFile(support() + "/MorvantaVault-Backup.7z");
+        vault->backupVault(backup);
+        const QByteArray first = readFile(backup.toLocalFile());
         fillUp(support());
 
+        QVERIFY(errorOf([&] { vault->backupVault(backup); }).startsWith("IO failed: "));
+        QCOMPARE(readFile(backup.toLocalFile()), first);
+        QCOMPARE(QDir(support()).entryList({"*.partial-*"}, QDir::Files | QDir::Hidden), QStringList());
         const QString error = errorOf([&] { vault->changePassword("pw", "new password"); });
         QVERIFY2(error.startsWith("IO failed: Password change failed: "), qPrintable(error));
         QVERIFY(vault->isUnlocked());
@@ -216,8 +171,7 @@ private slots:
         for (const int delay : {0, 2, 5, 10, 20, 40}) {
             // The tool dies after `delay` ms, and with it the shell that stands for the app:
             // gocryptfs, its child, may or may not have mounted.
-            VaultManager vault(support(), [delay](const QStringList& args, const std::optional<QString>& input,
-                                                   const HDIUtilOutputLine&) {
+            VaultManager vault(support(), [delay](const QStringList& args, const auto& input, const auto&) {
                 QProcess tool;
                 tool.setChildProcessModifier([] { ::setpgid(0, 0); });
                 tool.start("/bin/sh", QStringList{"-c", "\"$0\" \"$@\"; exit $?",
@@ -245,17 +199,6 @@ private slots:
         }
     }
 
-    void theAppKilledWhileUnlockedStartsLocked() {
-        newUnlockedVault()->lock();
-        auto driver = startDriver({"wait"});
-        QVERIFY(driver);
-        QCOMPARE(testsupport::mountsBelow(m_runtime->path()).size(), 1);
-        kill(*driver);
-        auto restarted = startApp();
-        QVERIFY(!restarted->isUnlocked());
-        QVERIFY(testsupport::mountsBelow(m_runtime->path()).isEmpty());
-    }
-
     void aTerminationSignalDuringAnAddLocksAndLosesNothing() {
         newUnlockedVault()->lock();
         QVERIFY(writeFile(home("film.mkv"), QByteArray(16 << 20, 'f')));
@@ -271,7 +214,6 @@ private slots:
         QCOMPARE(readFile(home("film.mkv")), QByteArray(16 << 20, 'f'));
         auto restarted = startApp();
         restarted->unlock("pw");
-        QVERIFY(restarted->items().isEmpty());
         QCOMPARE(QDir(root(*restarted)).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden),
                  QStringList());
         restarted->lock();
@@ -286,7 +228,7 @@ private slots:
             QDir().mkpath(home("Letters/old"));
             QVERIFY(writeFile(home("Letters/old/1990.txt"), QByteArray(50000, 'l')));
             QVERIFY(writeFile(home("Letters/today.txt"), "today"));
-            const auto files = filesBelow(home("Letters"));
+            const auto files = treeOf(home("Letters"));
             auto driver = startDriver({"add", home("Letters"), QString::number(step)});
             QVERIFY(driver);
             driver->waitForFinished();
@@ -305,34 +247,26 @@ private slots:
         auto driver = startDriver({"rename", "Report"});
         QVERIFY(driver);
         QThread::msleep(300);
-        kill(*driver);
+        ::kill(pid_t(driver->processId()), SIGKILL);
+        driver->waitForFinished();
 
         auto restarted = startApp();
         QVERIFY(!restarted->isUnlocked());
         restarted->unlock("pw");
         QVERIFY(registryReads(root(*restarted)));
-        QVERIFY(QDir(root(*restarted)).entryList({".morvanta-staging-*"}, QDir::AllEntries | QDir::Hidden).isEmpty());
-        QStringList names;
-        for (const VaultItem& item : restarted->items())
-            names << item.name;
-        QVERIFY2(names.size() == 1, qPrintable(names.join(" / ")));
-        const QString name = restarted->items().first().name;
-        QCOMPARE(readFile(root(*restarted) + '/' + name), QByteArray("the report"));
+        QVERIFY(QDir(root(*restarted))
+                    .entryList({".morvanta-staging-*"}, QDir::AllEntries | QDir::Hidden)
+                    .isEmpty());
+        QCOMPARE(restarted->items().size(), 1);
+        QCOMPARE(readFile(root(*restarted) + '/' + restarted->items().first().name), QByteArray("the report"));
         restarted->lock();
     }
 
-    void longAndOddPasswordsWork_data() {
-        QTest::addColumn<QString>("password");
-        QString printable;
-        for (char c = ' '; c <= '~'; ++c)
-            printable += QLatin1Char(c);
-        QTest::newRow("every printable character") << printable;
-        QTest::newRow("1,000 characters") << QString(1000, 'p');
-        QTest::newRow("1,000 accented characters") << QString(1000, QChar(0x00e9));
-        QTest::newRow("carriage return and tab") << QString("a\rb\tc");
-    }
+    // Every printable character, controls other than a line feed, and near the length limit.
     void longAndOddPasswordsWork() {
-        QFETCH(QString, password);
+        QString password = "\r\t" + QString(900, QChar(0x00e9));
+        for (char c = ' '; c <= '~'; ++c)
+            password += QLatin1Char(c);
         auto vault = startApp();
         vault->createVault(password);
         vault->unlock(password);
@@ -372,25 +306,6 @@ private slots:
         tool.waitForFinished();
     }
 
-    // Refused before anything is made or changed, rather than cut to a password nobody typed.
-    void passwordsTheBackendWouldChangeAreRefused_data() {
-        QTest::addColumn<QString>("password");
-        QTest::newRow("NUL") << QString("x").append(QChar(0)).append("y");
-        QTest::newRow("line feed") << "x\ny";
-        QTest::newRow("3,000 bytes") << QString(1000, QChar(0x20ac));
-    }
-    void passwordsTheBackendWouldChangeAreRefused() {
-        QFETCH(QString, password);
-        auto vault = startApp();
-        QVERIFY(errorOf([&] { vault->createVault(password); }).startsWith("IO failed: "));
-        QVERIFY(!vault->vaultExists());
-        vault->createVault("pw");
-        vault->unlock("pw");
-        QVERIFY(errorOf([&] { vault->changePassword("pw", password); }).startsWith("IO failed: "));
-        vault->lock();
-        QCOMPARE(errorOf([&] { vault->unlock("pw"); }), "<no error>");
-        vault->lock();
-    }
 };
 
 QTEST_GUILESS_MAIN(TestReliability)
