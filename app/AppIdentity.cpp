@@ -12,15 +12,18 @@ AppIdentity appIdentityFor(const QString& disguiseRaw) {
     const QString name = windowTitle(disguiseRaw);
     switch (disguiseModeOrNone(disguiseRaw)) {
     case DisguiseMode::neutral:
-        return {name, QStringLiteral("Sign in to your workspace"), QStringLiteral("workspace"),
+        return {name, QCoreApplication::translate("AppIdentity", "Sign in to your workspace"), QStringLiteral("workspace"),
                 QStringLiteral(":/qt/qml/Morvanta/icons/workspace.svg")};
     case DisguiseMode::math:
-        return {name, QStringLiteral("Arithmetic practice"), QStringLiteral("calculator"),
+        return {name, QCoreApplication::translate("AppIdentity", "Arithmetic practice"), QStringLiteral("calculator"),
                 QStringLiteral(":/qt/qml/Morvanta/icons/calculator.svg")};
     case DisguiseMode::none:
         break;
     }
-    return {name, QStringLiteral("Keep sensitive files, folders and apps in one encrypted vault"),
+    return {name,
+            QCoreApplication::translate("AppIdentity",
+                                        "Keep sensitive files, folders and apps in one encrypted "
+                                        "vault"),
             QStringLiteral("morvanta"), QStringLiteral(":/qt/qml/Morvanta/LockScreens/morvanta.svg")};
 }
 

@@ -46,7 +46,7 @@ Item {
     Component {
         id: welcome
         WelcomeView {
-            ctaLabel: "Get Started"
+            ctaLabel: qsTr("Get Started")
             onContinued: router.hasSeenWelcome = true
         }
     }

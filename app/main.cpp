@@ -2,6 +2,7 @@
 #include "AppIdentity.h"
 #include "AppPalette.h"
 #include "CommandLine.h"
+#include "Translation.h"
 #include "engine/VaultManager.h"
 #include "platform/Hardening.h"
 #include "platform/Panels.h"
@@ -43,6 +44,7 @@ int main(int argc, char* argv[]) {
         QIcon(QStringLiteral(":/qt/qml/Morvanta/LockScreens/morvanta.svg")));
     QGuiApplication::setQuitOnLastWindowClosed(true);
     applyAppPalette();
+    installTranslation();
 
     // Before the engine: the vault has one engine per user; a second one could only find the
     // vault held open by the first.

@@ -34,7 +34,7 @@ Popup {
         active: sheet.browser.showAbout
         sourceComponent: WelcomeView {
             objectName: "aboutPages"
-            ctaLabel: "Done"
+            ctaLabel: qsTr("Done")
             onContinued: sheet.browser.showAbout = false
         }
     }

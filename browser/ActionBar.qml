@@ -20,7 +20,7 @@ RowLayout {
         implicitHeight: 32
         leftPadding: 12
         rightPadding: 14
-        text: "Add to Vault"
+        text: qsTr("Add to Vault")
         font.pixelSize: 13
         font.weight: Font.DemiBold
         Accessible.name: text
@@ -58,7 +58,7 @@ RowLayout {
         enabled: bar.browser.selection.toString() !== ""
         opacity: enabled ? 1 : 0.4
         hoverEnabled: true
-        text: "Actions"
+        text: qsTr("Actions")
         font.pixelSize: 13
         font.weight: Font.Medium
         Accessible.name: text

@@ -99,7 +99,7 @@ Dialog {
             DialogButton {
                 id: cancelButton
                 objectName: dialog.objectName + "Cancel"
-                text: "Cancel"
+                text: qsTr("Cancel")
                 onClicked: dialog.reject()
             }
             DialogButton {

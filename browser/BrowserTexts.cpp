@@ -2,6 +2,7 @@
 
 #include "contents/VaultItem.h"
 
+#include <QCoreApplication>
 #include <QKeySequence>
 #include <QRegularExpression>
 
@@ -32,12 +33,13 @@ QString shortTimeFormat(const QLocale& locale) {
 QString idleText(double idleTimeoutSeconds) {
     // Zero or less is off for the idle timer too.
     if (!(idleTimeoutSeconds > 0.0))
-        return QStringLiteral("Auto-lock: off");
-    return QStringLiteral("Auto-lock: %1m").arg(qint64(idleTimeoutSeconds / 60.0));
+        return QCoreApplication::translate("BrowserTexts", "Auto-lock: off");
+    return QCoreApplication::translate("BrowserTexts", "Auto-lock: %1m").arg(qint64(idleTimeoutSeconds / 60.0));
 }
 
 QString itemCountText(qsizetype count) {
-    return QStringLiteral("%1 item%2").arg(count).arg(count == 1 ? QString() : QStringLiteral("s"));
+    return count == 1 ? QCoreApplication::translate("BrowserTexts", "1 item")
+                      : QCoreApplication::translate("BrowserTexts", "%1 items").arg(count);
 }
 
 QString byteCountText(std::optional<qint64> size, const QLocale& locale) {
@@ -51,16 +53,21 @@ QString byteCountText(std::optional<qint64> size, const QLocale& locale) {
 }
 
 QString progressText(const WorkProgress& progress, const QLocale& locale) {
-    QString text = QStringLiteral("\u201C%1\u201D").arg(progress.name);
+    // Each step fills all of its places at once, so a % in the item's name stays as it is.
+    QString text = QCoreApplication::translate("BrowserTexts", "\u201C%1\u201D").arg(progress.name);
     if (progress.bytesTotal > 0) {
-        text += QStringLiteral(" \u2014 %1 of %2")
-                    .arg(byteCountText(qint64(progress.bytesDone), locale),
-                         byteCountText(qint64(progress.bytesTotal), locale));
+        text = QCoreApplication::translate("BrowserTexts", "%1 \u2014 %2 of %3")
+                   .arg(text, byteCountText(qint64(progress.bytesDone), locale),
+                        byteCountText(qint64(progress.bytesTotal), locale));
+    } else if (progress.fraction >= 0) {
+        text = QCoreApplication::translate("BrowserTexts", "%1 \u2014 %2%")
+                   .arg(text, QString::number(qRound(progress.fraction * 100)));
     }
-    else if (progress.fraction >= 0)
-        text += QStringLiteral(" \u2014 %1%").arg(qRound(progress.fraction * 100));
-    if (progress.filesTotal > 1)
-        text += QStringLiteral(", %1 of %2 items").arg(progress.filesDone).arg(progress.filesTotal);
+    if (progress.filesTotal > 1) {
+        text = QCoreApplication::translate("BrowserTexts", "%1, %2 of %3 items")
+                   .arg(text, QString::number(progress.filesDone),
+                        QString::number(progress.filesTotal));
+    }
     return text;
 }
 
@@ -80,24 +87,25 @@ QString renamePrefill(const QUrl& url) {
 QString renameMessage(const QUrl& url) {
     const QString extension = pathExtension(url.fileName());
     if (extension.isEmpty())
-        return QStringLiteral("Enter a new name for this item.");
-    return QStringLiteral("Enter a new name. The \u201C.") + extension +
-           QStringLiteral("\u201D extension is kept so the item still opens correctly.");
+        return QCoreApplication::translate("BrowserTexts", "Enter a new name for this item.");
+    return QCoreApplication::translate("BrowserTexts", "Enter a new name. The \u201C.%1\u201D extension is kept so "
+                                                 "the item still opens correctly.")
+        .arg(extension);
 }
 
 QString restoreMessage(const QString& name, const std::optional<QString>& folder) {
-    return QStringLiteral("\u201C") + name +
-           QStringLiteral("\u201D will be moved out of the vault back to:\n\n") +
-           folder.value_or(QStringLiteral("its original location")) + QLatin1Char('/') + name;
+    return QCoreApplication::translate("BrowserTexts", "\u201C%1\u201D will be moved out of the vault back to:\n\n%2/%1")
+        .arg(name, folder.value_or(QCoreApplication::translate("BrowserTexts", "its original location")));
 }
 
 QString deleteMessage(const QString& name) {
-    return QStringLiteral("The vault holds the only copy of \u201C") + name +
-           QStringLiteral("\u201D \u2014 deleting it erases it from your computer entirely. "
-                          "This can\u2019t be undone.");
+    return QCoreApplication::translate("BrowserTexts", "The vault holds the only copy of \u201C%1\u201D \u2014 "
+                                                 "deleting it erases it from your computer "
+                                                 "entirely. This can\u2019t be undone.")
+        .arg(name);
 }
 
 QString lockHelpText() {
-    return QStringLiteral("Lock vault (%1)")
+    return QCoreApplication::translate("BrowserTexts", "Lock vault (%1)")
         .arg(QKeySequence(QStringLiteral("Ctrl+L")).toString(QKeySequence::NativeText));
 }

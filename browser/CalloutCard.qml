@@ -53,7 +53,7 @@ Rectangle {
             implicitHeight: 26
             symbolSize: 11
             symbol: "xmark"
-            helpText: "Dismiss"
+            helpText: qsTr("Dismiss")
             onClicked: card.dismissed()
         }
     }

@@ -28,7 +28,7 @@ Rectangle {
         Label {
             Layout.fillWidth: true
             horizontalAlignment: Text.AlignHCenter
-            text: "Vault is empty"
+            text: qsTr("Vault is empty")
             color: Theme.text
             font.pixelSize: 20
             font.weight: Font.DemiBold
@@ -37,7 +37,7 @@ Rectangle {
             Layout.fillWidth: true
             horizontalAlignment: Text.AlignHCenter
             wrapMode: Text.Wrap
-            text: "Drag files, folders, or apps into the vault, or click \"Add to Vault\" to encrypt them."
+            text: qsTr("Drag files, folders, or apps into the vault, or click \"Add to Vault\" to encrypt them.")
             color: Theme.secondaryText
             font.pixelSize: 13
             lineHeight: 1.15

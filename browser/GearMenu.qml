@@ -13,51 +13,51 @@ BrowserMenu {
 
     BrowserMenuItem {
         objectName: "gear.backup"
-        text: "Back Up Vault\u2026"
+        text: qsTr("Back Up Vault\u2026")
         symbol: "externaldrive.fill.badge.checkmark"
         onTriggered: gearMenu.browser.backupVault()
     }
     BrowserMenuItem {
         objectName: "gear.changePassword"
-        text: "Change Password..."
+        text: qsTr("Change Password...")
         symbol: "key.fill"
         onTriggered: gearMenu.browser.showPasswordChange = true
     }
     MenuDivider {}
     MenuSectionTitle {
-        text: "Auto-lock"
+        text: qsTr("Auto-lock")
     }
     BrowserMenuItem {
         objectName: "gear.idle1"
         choice: true
         current: gearMenu.browser.idleMinutes === 1
-        text: "1 minute"
+        text: qsTr("1 minute")
         onTriggered: gearMenu.browser.setIdle(1)
     }
     BrowserMenuItem {
         objectName: "gear.idle5"
         choice: true
         current: gearMenu.browser.idleMinutes === 5
-        text: "5 minutes"
+        text: qsTr("5 minutes")
         onTriggered: gearMenu.browser.setIdle(5)
     }
     BrowserMenuItem {
         objectName: "gear.idle15"
         choice: true
         current: gearMenu.browser.idleMinutes === 15
-        text: "15 minutes"
+        text: qsTr("15 minutes")
         onTriggered: gearMenu.browser.setIdle(15)
     }
     BrowserMenuItem {
         objectName: "gear.idleNever"
         choice: true
         current: gearMenu.browser.idleMinutes === 0
-        text: "Never"
+        text: qsTr("Never")
         onTriggered: gearMenu.browser.setIdle(0)
     }
     MenuDivider {}
     MenuSectionTitle {
-        text: "Disguise"
+        text: qsTr("Disguise")
     }
     BrowserMenuItem {
         objectName: "gear.disguise.none"

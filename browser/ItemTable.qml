@@ -17,7 +17,7 @@ Rectangle {
     signal menuRequested(url url, real x, real y)
 
     readonly property TableView table: table
-    readonly property string title: "Vault items"
+    readonly property string title: qsTr("Vault items")
     // The focus came, or was last used, from the keyboard: the ring shows.
     readonly property bool keyboardFocus: table.activeFocus && !pointerFocus
     property bool pointerFocus: false

@@ -18,6 +18,11 @@ const QCollator& collator() {
     return c;
 }
 
+const char* const kColumnTitles[] = {QT_TRANSLATE_NOOP("ItemTableModel", "Name"),
+                                     QT_TRANSLATE_NOOP("ItemTableModel", "Size"),
+                                     QT_TRANSLATE_NOOP("ItemTableModel", "Kind"),
+                                     QT_TRANSLATE_NOOP("ItemTableModel", "Date Added")};
+
 template <typename T> int threeWay(const T& a, const T& b) {
     return a < b ? -1 : (b < a ? 1 : 0);
 }
@@ -179,19 +184,15 @@ QVariant ItemTableModel::data(const QModelIndex& index, int role) const {
 }
 
 QVariant ItemTableModel::headerData(int section, Qt::Orientation orientation, int role) const {
-    if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
+    if (orientation != Qt::Horizontal || role != Qt::DisplayRole || section < 0 ||
+        section >= ColumnCount)
         return {};
-    switch (section) {
-    case NameColumn:
-        return QStringLiteral("Name");
-    case SizeColumn:
-        return QStringLiteral("Size");
-    case KindColumn:
-        return QStringLiteral("Kind");
-    case DateColumn:
-        return QStringLiteral("Date Added");
-    }
-    return {};
+    return tr(kColumnTitles[section]);
+}
+
+QString ItemTableModel::columnKey(int column) {
+    return column >= 0 && column < ColumnCount ? QString::fromLatin1(kColumnTitles[column])
+                                               : QString();
 }
 
 QHash<int, QByteArray> ItemTableModel::roleNames() const {

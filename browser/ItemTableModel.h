@@ -64,6 +64,8 @@ public:
     // scrolls).
     static QList<qreal> columnWidths(qreal available);
     Q_INVOKABLE qreal columnWidth(int column, qreal available) const;
+    // A column's title in English whatever the language shown, for naming its header.
+    Q_INVOKABLE static QString columnKey(int column);
 
     int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;

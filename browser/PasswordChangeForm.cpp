@@ -61,7 +61,7 @@ bool PasswordChangeForm::canChange() const {
 }
 
 QString PasswordChangeForm::buttonTitle() const {
-    return m_busy ? QStringLiteral("Changing...") : QStringLiteral("Change Password");
+    return m_busy ? tr("Changing...") : tr("Change Password");
 }
 
 void PasswordChangeForm::change() {

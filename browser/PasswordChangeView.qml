@@ -35,7 +35,7 @@ ColumnLayout {
     Label {
         objectName: "passwordSheetTitle"
         Layout.fillWidth: true
-        text: "Change Master Password"
+        text: qsTr("Change Master Password")
         color: Theme.text
         font.pixelSize: 16
         font.weight: Font.DemiBold
@@ -44,7 +44,7 @@ ColumnLayout {
         Layout.fillWidth: true
         Layout.topMargin: -8
         wrapMode: Text.Wrap
-        text: "Vault will stay unlocked after the password changes."
+        text: qsTr("Vault will stay unlocked after the password changes.")
         color: Theme.secondaryText
         font.pixelSize: 13
     }
@@ -53,7 +53,7 @@ ColumnLayout {
         objectName: "oldPasswordField"
         Layout.fillWidth: true
         symbol: "lock.fill"
-        placeholderText: "Current password"
+        placeholderText: qsTr("Current password")
         text: form.oldPw
         onTextChanged: form.oldPw = text
         onAccepted: form.change()
@@ -62,7 +62,7 @@ ColumnLayout {
         objectName: "newPasswordField"
         Layout.fillWidth: true
         symbol: "key.fill"
-        placeholderText: "New password"
+        placeholderText: qsTr("New password")
         text: form.newPw
         onTextChanged: form.newPw = text
         onAccepted: form.change()
@@ -71,7 +71,7 @@ ColumnLayout {
         objectName: "confirmPasswordField"
         Layout.fillWidth: true
         symbol: "key.fill"
-        placeholderText: "Confirm new password"
+        placeholderText: qsTr("Confirm new password")
         text: form.confirmPw
         onTextChanged: form.confirmPw = text
         onAccepted: form.change()
@@ -92,7 +92,7 @@ ColumnLayout {
 
         DialogButton {
             objectName: "passwordCancelButton"
-            text: "Cancel"
+            text: qsTr("Cancel")
             onClicked: view.dismissed()
         }
         Item {

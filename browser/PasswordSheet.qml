@@ -13,7 +13,7 @@ Dialog {
 
     objectName: "passwordSheet"
     // Its name for screen readers; the sheet shows the title itself.
-    title: "Change Master Password"
+    title: qsTr("Change Master Password")
     header: null
     parent: T.Overlay.overlay
     anchors.centerIn: parent

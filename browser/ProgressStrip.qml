@@ -74,7 +74,7 @@ Rectangle {
         }
         DialogButton {
             objectName: "cancelWorkButton"
-            text: "Cancel"
+            text: qsTr("Cancel")
             onClicked: strip.work.cancel()
         }
     }

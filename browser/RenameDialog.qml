@@ -11,9 +11,9 @@ AlertDialog {
     required property VaultBrowser browser
 
     objectName: "renameDialog"
-    title: "Rename item"
+    title: qsTr("Rename item")
     message: browser.renameMessage
-    confirmText: "Rename"
+    confirmText: qsTr("Rename")
     onConfirmed: browser.commitRename()
     onRejected: browser.renameTarget = ""
     onClosed: browser.renameTarget = ""
@@ -21,7 +21,7 @@ AlertDialog {
     onOpened: renameField.selectAll()
 
     Label {
-        text: "Name"
+        text: qsTr("Name")
         color: Theme.secondaryText
         font.pixelSize: 12
         font.weight: Font.DemiBold
@@ -31,7 +31,7 @@ AlertDialog {
         objectName: "renameField"
         Layout.fillWidth: true
         implicitHeight: 36
-        placeholderText: "Name"
+        placeholderText: qsTr("Name")
         Accessible.name: placeholderText
         text: dialog.browser.renameText
         onTextChanged: dialog.browser.renameText = text

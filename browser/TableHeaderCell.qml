@@ -14,13 +14,13 @@ Item {
     required property string display
     readonly property bool sorted: tableModel.sortColumn === column
 
-    objectName: "header." + display
+    objectName: "header." + tableModel.columnKey(column)
     implicitHeight: 30
 
     Accessible.role: Accessible.ColumnHeader
     Accessible.name: display
-    Accessible.description: !sorted ? "" : tableModel.sortAscending ? "Sorted ascending"
-                                                                    : "Sorted descending"
+    Accessible.description: !sorted ? "" : tableModel.sortAscending ? qsTr("Sorted ascending")
+                                                                    : qsTr("Sorted descending")
     Accessible.onPressAction: tableModel.sortBy(column)
 
     RowLayout {

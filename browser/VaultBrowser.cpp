@@ -4,6 +4,7 @@
 #include "lockscreens/DisguiseMode.h"
 #include "lockscreens/MainLoop.h"
 
+#include <QCoreApplication>
 #include <QVariantMap>
 
 namespace {
@@ -19,11 +20,11 @@ QVariantMap menuEntry(const QString& action, const QString& title, const QString
 QString disguiseMenuLabel(DisguiseMode mode) {
     switch (mode) {
     case DisguiseMode::none:
-        return QStringLiteral("None (Branded)");
+        return QCoreApplication::translate("VaultBrowser", "None (Branded)");
     case DisguiseMode::neutral:
-        return QStringLiteral("Neutral");
+        return QCoreApplication::translate("VaultBrowser", "Neutral");
     case DisguiseMode::math:
-        return QStringLiteral("Math Quiz");
+        return QCoreApplication::translate("VaultBrowser", "Math Quiz");
     }
     return {};
 }
@@ -213,18 +214,18 @@ QVariantList VaultBrowser::rowMenu(const QUrl& url) const {
     if (url.isEmpty())
         return {};
     QVariantList entries{
-        menuEntry(QStringLiteral("open"), QStringLiteral("Open"), QStringLiteral("folder")),
-        menuEntry(QStringLiteral("rename"), QStringLiteral("Rename\u2026"),
+        menuEntry(QStringLiteral("open"), tr("Open"), QStringLiteral("folder")),
+        menuEntry(QStringLiteral("rename"), tr("Rename\u2026"),
                   QStringLiteral("pencil"))};
     if (m_vault && !m_vault->mountPoint().isEmpty() && m_vault->restoreFolder(url)) {
         entries.append(menuEntry(QStringLiteral("restore"),
-                                 QStringLiteral("Restore to Original Location"),
+                                 tr("Restore to Original Location"),
                                  QStringLiteral("arrow.uturn.backward")));
     }
-    entries.append(menuEntry(QStringLiteral("moveOut"), QStringLiteral("Move Out\u2026"),
+    entries.append(menuEntry(QStringLiteral("moveOut"), tr("Move Out\u2026"),
                              QStringLiteral("arrow.up.doc")));
     entries.append(menuEntry(QStringLiteral("divider"), {}, {}));
-    entries.append(menuEntry(QStringLiteral("delete"), QStringLiteral("Delete"),
+    entries.append(menuEntry(QStringLiteral("delete"), tr("Delete"),
                              QStringLiteral("trash"), true));
     return entries;
 }
@@ -276,7 +277,7 @@ platform::OpenPanelOptions VaultBrowser::addPanelOptions() {
     return {.canChooseFiles = true,
             .canChooseDirectories = true,
             .allowsMultipleSelection = true,
-            .prompt = QStringLiteral("Add to Vault"),
+            .prompt = tr("Add to Vault"),
             .message = {}};
 }
 
@@ -284,15 +285,15 @@ platform::OpenPanelOptions VaultBrowser::moveOutPanelOptions() {
     return {.canChooseFiles = false,
             .canChooseDirectories = true,
             .allowsMultipleSelection = false,
-            .prompt = QStringLiteral("Move Here"),
-            .message = QStringLiteral("Choose destination outside the vault.")};
+            .prompt = tr("Move Here"),
+            .message = tr("Choose destination outside the vault.")};
 }
 
 platform::SavePanelOptions VaultBrowser::backupPanelOptions() {
-    return {.title = QStringLiteral("Back Up Vault"),
-            .prompt = QStringLiteral("Back Up"),
-            .message = QStringLiteral(
-                "Save an encrypted backup of your vault. It opens with your master password."),
+    return {.title = tr("Back Up Vault"),
+            .prompt = tr("Back Up"),
+            .message =
+                tr("Save an encrypted backup of your vault. It opens with your master password."),
             .nameFieldStringValue = QStringLiteral("MorvantaVault-Backup.7z"),
             .allowedContentTypes = {QStringLiteral("application/x-7z-compressed")}};
 }
@@ -335,7 +336,7 @@ void VaultBrowser::commitRename() {
     runEngineWork([url, name = m_renameText](VaultManager& vault) { vault.renameItem(url, name); },
                   [this] {
                       setSelection({});
-                      setSuccess(QStringLiteral("Renamed."));
+                      setSuccess(tr("Renamed."));
                   });
 }
 
@@ -346,7 +347,7 @@ void VaultBrowser::restoreSelected() {
     runEngineWork([url = m_selection](VaultManager& vault) { vault.restoreItem(url); },
                   [this] {
                       setSelection({});
-                      setSuccess(QStringLiteral("Restored to original location."));
+                      setSuccess(tr("Restored to original location."));
                   });
 }
 
@@ -374,7 +375,7 @@ void VaultBrowser::deleteSelected() {
     runEngineWork([url = m_selection](VaultManager& vault) { vault.deleteItem(url); },
                   [this] {
                       setSelection({});
-                      setSuccess(QStringLiteral("Deleted permanently."));
+                      setSuccess(tr("Deleted permanently."));
                   });
 }
 
@@ -459,10 +460,10 @@ void VaultBrowser::backupVault() {
         if (!destination || destination->isEmpty() || m_busy)
             return;
         runEngineWork([destination = *destination](VaultManager& vault) { vault.backupVault(destination); },
-                      [this] { setSuccess(QStringLiteral("Encrypted backup saved.")); });
+                      [this] { setSuccess(tr("Encrypted backup saved.")); });
     });
 }
 
 void VaultBrowser::passwordChanged() {
-    setSuccess(QStringLiteral("Password changed."));
+    setSuccess(tr("Password changed."));
 }

@@ -14,7 +14,7 @@ RowLayout {
 
     Label {
         objectName: "vaultTitle"
-        text: "Vault"
+        text: qsTr("Vault")
         color: Theme.text
         font.family: "serif"
         font.pixelSize: 26
@@ -26,7 +26,7 @@ RowLayout {
     IconButton {
         objectName: "aboutButton"
         symbol: "info.circle"
-        helpText: "About Morvanta"
+        helpText: qsTr("About Morvanta")
         onClicked: header.browser.showAbout = true
     }
     Button {
@@ -37,7 +37,7 @@ RowLayout {
         padding: 0
         hoverEnabled: true
         // Only a symbol on screen; this is what it is called.
-        readonly property string title: "Settings"
+        readonly property string title: qsTr("Settings")
         Accessible.name: title
         Accessible.onPressAction: clicked()
         onClicked: gearMenu.popup(gearButton, gearButton.width - gearMenu.width,
@@ -74,7 +74,7 @@ RowLayout {
         hoverEnabled: true
         font.pixelSize: 13
         font.weight: Font.DemiBold
-        text: "Lock"
+        text: qsTr("Lock")
         ToolTip.visible: hovered
         ToolTip.delay: 600
         ToolTip.text: helpText

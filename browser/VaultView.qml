@@ -137,9 +137,9 @@ Item {
     AlertDialog {
         id: restoreDialog
         objectName: "restoreDialog"
-        title: "Restore to original location?"
+        title: qsTr("Restore to original location?")
         message: browser.restoreMessage
-        confirmText: "Restore"
+        confirmText: qsTr("Restore")
         onConfirmed: {
             browser.restoreSelected()
             browser.confirmRestore = false
@@ -149,9 +149,9 @@ Item {
     AlertDialog {
         id: deleteDialog
         objectName: "deleteDialog"
-        title: "Delete permanently?"
+        title: qsTr("Delete permanently?")
         message: browser.deleteMessage
-        confirmText: "Delete"
+        confirmText: qsTr("Delete")
         destructive: true
         onConfirmed: {
             browser.deleteSelected()

@@ -86,12 +86,12 @@ void VaultManager::addItem(const QUrl& url) {
         touchesTheVault(source))
         throw VaultError::cannotMoveSource(name);
     if (isReservedName(name)) {
-        throw VaultError::ioFailed(QStringLiteral("\u201C%1\u201D is a name the vault keeps for "
-                                                  "itself. Rename the item, then add it.").arg(name));
+        throw VaultError::ioFailed(tr("\u201C%1\u201D is a name the vault keeps for itself. Rename "
+                                      "the item, then add it.").arg(name));
     }
     const QString destination = vaultRoot() + QLatin1Char('/') + name;
     if (platform::existsNoFollow(local(destination)))
-        throw VaultError::ioFailed(QStringLiteral("Item with same name already in vault."));
+        throw VaultError::ioFailed(tr("Item with same name already in vault."));
 
     const platform::TreeSurvey survey = surveyItem(source);
     stageCopy(source, destination, survey);
@@ -129,8 +129,8 @@ void VaultManager::removeOriginal(const QUrl& url, const platform::TreeSurvey& s
         }
         if (elevated)
             throw VaultError::cannotRemoveSource(url.fileName());
-        throw VaultError::ioFailed(QStringLiteral("\u201C%1\u201D changed while it was being added, so "
-                                                  "it was left where it was and not added.")
+        throw VaultError::ioFailed(tr("\u201C%1\u201D changed while it was being added, so it was "
+                                      "left where it was and not added.")
                                        .arg(url.fileName()));
     }
     platform::forgetTracesBelow({source});

@@ -84,8 +84,8 @@ void VaultManager::setOrigin(const std::optional<QString>& path, const QString& 
                     vaultRoot() + QLatin1Char('/') + kOriginsDraftName,
                     QJsonDocument(object).toJson(QJsonDocument::Compact));
     if (error) {
-        throw VaultError::ioFailed(QStringLiteral("Couldn\u2019t record where items came from: ") +
-                                   QString::fromStdString(*error) + QLatin1Char('.'));
+        throw VaultError::ioFailed(tr("Couldn\u2019t record where items came from: %1.")
+                                       .arg(QString::fromStdString(*error)));
     }
 }
 

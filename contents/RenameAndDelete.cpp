@@ -24,19 +24,19 @@ void VaultManager::renameItem(const QUrl& url, const QString& newName) {
         base = deletingPathExtension(base);
     if (base.isEmpty() || base.contains(QLatin1Char('/')) || base == QStringLiteral(".") ||
         base == QStringLiteral(".."))
-        throw VaultError::ioFailed(QStringLiteral("Enter a valid name (no \u201C/\u201D)."));
+        throw VaultError::ioFailed(tr("Enter a valid name (no \u201C/\u201D)."));
 
     const QString finalName = extension.isEmpty() ? base : base + QLatin1Char('.') + extension;
     if (finalName == oldName)
         return;
     const QString destination = vaultRoot() + QLatin1Char('/') + finalName;
     if (isReservedName(finalName)) {
-        throw VaultError::ioFailed(QStringLiteral("\u201C%1\u201D is a name the vault keeps for "
-                                                  "itself. Choose another name.").arg(finalName));
+        throw VaultError::ioFailed(tr("\u201C%1\u201D is a name the vault keeps for itself. Choose "
+                                      "another name.").arg(finalName));
     }
     if (platform::existsNoFollow(local(destination))) {
-        throw VaultError::ioFailed(QStringLiteral("An item named \u201C") + finalName +
-                                   QStringLiteral("\u201D is already in the vault."));
+        throw VaultError::ioFailed(
+            tr("An item named \u201C%1\u201D is already in the vault.").arg(finalName));
     }
     if (const platform::FileError error = m_files->rename(local(url.toLocalFile()), local(destination)))
         throw VaultError::ioFailed(QString::fromStdString(*error));
@@ -58,7 +58,7 @@ void VaultManager::deleteItem(const QUrl& url) {
     requireMounted();
     const QString path = QDir::cleanPath(url.toLocalFile());
     if (QDir::cleanPath(QFileInfo(path).path()) != QDir::cleanPath(vaultRoot()))
-        throw VaultError::ioFailed(QStringLiteral("Item is not inside the vault."));
+        throw VaultError::ioFailed(tr("Item is not inside the vault."));
     // Counted first, for the progress strip. A lock stops a large deletion part-way: what is
     // left stays listed, and can be deleted again.
     const platform::TreeTotals totals = platform::countTree(local(path));

@@ -19,17 +19,17 @@ void VaultManager::restoreItem(const QUrl& url) {
     const QString name = url.fileName();
     const auto origin = origins.constFind(name);
     if (origin == origins.cend())
-        throw VaultError::ioFailed(QStringLiteral("Original location is unknown for this item."));
+        throw VaultError::ioFailed(tr("Original location is unknown for this item."));
 
     // The item goes back under the name it had outside, even if renamed in the vault since.
     const std::filesystem::path original(local(*origin));
     const QString folder = QFile::decodeName(original.parent_path().c_str());
     const QString target = QFile::decodeName((original.parent_path() / original.filename()).c_str());
     if (!platform::existsNoFollow(local(folder)))
-        throw VaultError::ioFailed(QStringLiteral("Original folder no longer exists:\n") + folder);
+        throw VaultError::ioFailed(tr("Original folder no longer exists:\n%1").arg(folder));
     if (platform::existsNoFollow(local(target))) {
         throw VaultError::ioFailed(
-            QStringLiteral("Something already exists at the original location:\n") + target);
+            tr("Something already exists at the original location:\n%1").arg(target));
     }
     moveOut(url, target);
 }
@@ -40,7 +40,7 @@ void VaultManager::removeItem(const QUrl& url, const QUrl& folder) {
     const QString name = url.fileName();
     const QString target = folder.toLocalFile() + QLatin1Char('/') + name;
     if (platform::existsNoFollow(local(target)))
-        throw VaultError::ioFailed(QStringLiteral("File with same name exists at destination."));
+        throw VaultError::ioFailed(tr("File with same name exists at destination."));
     moveOut(url, target);
 }
 

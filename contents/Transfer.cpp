@@ -88,7 +88,7 @@ void VaultManager::stageCopy(const QString& source, const QString& target,
     // The last moment to give way: past it, the original starts to go.
     if (m_cancelRequested) {
         m_files->erase(local(target));
-        throw VaultError::ioFailed(kCancelledText);
+        throw VaultError::ioFailed(cancelledText());
     }
 }
 
@@ -98,15 +98,15 @@ QString VaultManager::leftBehindMessage(const QString& name, const QString& orig
     collectLeaves(local(original), leaves, 10, more);
     const bool fromVault = isInVault(original);
     QString text = fromVault
-        ? QStringLiteral("\u201C%1\u201D is at its new place, but not all of it could be taken out "
-                         "of the vault (it changed or was added to during the move, or could not be "
-                         "removed). Still in the vault:").arg(name)
-        : QStringLiteral("\u201C%1\u201D is in the vault, but not all of it could be taken from its "
-                         "original place (it changed or was added to during the move, or could not "
-                         "be removed). Still there:").arg(name);
+        ? tr("\u201C%1\u201D is at its new place, but not all of it could be taken out of the vault "
+             "(it changed or was added to during the move, or could not be removed). Still in the "
+             "vault:").arg(name)
+        : tr("\u201C%1\u201D is in the vault, but not all of it could be taken from its original "
+             "place (it changed or was added to during the move, or could not be removed). Still "
+             "there:").arg(name);
     for (const QString& leaf : leaves)
         text += QLatin1Char('\n') + leaf;
     if (more > 0)
-        text += QStringLiteral("\n\u2026and %1 more").arg(more);
+        text += QLatin1Char('\n') + tr("\u2026and %1 more").arg(more);
     return text;
 }

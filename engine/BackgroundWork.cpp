@@ -61,7 +61,7 @@ void VaultManager::cancelWork() {
 }
 
 bool VaultManager::wasCancelled(const VaultError& error) {
-    return error.kind() == VaultError::Case::ioFailed && error.payload() == kCancelledText;
+    return error.kind() == VaultError::Case::ioFailed && error.payload() == cancelledText();
 }
 
 void VaultManager::finishBackgroundWork(bool cancel) {

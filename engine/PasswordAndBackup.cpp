@@ -5,6 +5,8 @@
 #include "VaultManager.h"
 #include "platform/Process.h"
 
+#include <QCoreApplication>
+
 namespace {
 
 // What the encryption reads: at most this many bytes, up to the first line feed.
@@ -29,11 +31,14 @@ qsizetype utf8Length(const QString& text) {
 
 std::optional<QString> unusablePasswordReason(const QString& password) {
     if (password.isEmpty())
-        return QStringLiteral("Passwords can\u2019t be empty.");
+        return QCoreApplication::translate("VaultManager", "Passwords can\u2019t be empty.");
     if (password.contains(QChar(0)) || password.contains(QLatin1Char('\n')))
-        return QStringLiteral("Passwords can\u2019t contain line breaks or NUL characters.");
+        return QCoreApplication::translate("VaultManager",
+                                           "Passwords can\u2019t contain line breaks or NUL "
+                                           "characters.");
     if (utf8Length(password) > kMaxPasswordBytes)
-        return QStringLiteral("Passwords can\u2019t be longer than 2048 bytes.");
+        return QCoreApplication::translate("VaultManager",
+                                           "Passwords can\u2019t be longer than 2048 bytes.");
     return std::nullopt;
 }
 
@@ -78,13 +83,13 @@ void VaultManager::changePassword(const QString& oldPassword, const QString& new
         return;
     }
 
-    const QString message = QStringLiteral("Password change failed: ") + failureMessage(result);
+    const QString message = tr("Password change failed: %1").arg(failureMessage(result));
     try {
         attachAfterPasswordChange(oldPassword);
     } catch (const VaultError& reopen) {
         publishLockedState();
-        throw VaultError::ioFailed(message + QStringLiteral("\nCould not reopen vault: ") +
-                                   reopen.errorDescription());
+        throw VaultError::ioFailed(message + QLatin1Char('\n') +
+                                   tr("Could not reopen vault: %1").arg(reopen.errorDescription()));
     }
     throw VaultError::ioFailed(message);
 }
@@ -134,7 +139,7 @@ void VaultManager::backupVault(const QUrl& destination) {
             }
         });
     if (m_cancelRequested)
-        throw VaultError::ioFailed(kCancelledText);
+        throw VaultError::ioFailed(cancelledText());
     // A failed backup is an I/O failure, not a failed create.
     if (result.status != 0)
         throw VaultError::ioFailed(failureMessage(result));

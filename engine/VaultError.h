@@ -1,13 +1,16 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <QString>
 
 #include <exception>
 #include <string>
 
 // The one error the vault engine throws. Each case has one fixed text that the screens show
-// as it stands.
+// as it stands, in the user's language.
 class VaultError : public std::exception {
+    Q_DECLARE_TR_FUNCTIONS(VaultError)
+
 public:
     enum class Case {
         mountFailed,

@@ -90,12 +90,12 @@ void VaultManager::attach(const QString& password) {
     // A wrong password is not told apart from any other failure.
     if (result.status != 0) {
         throw VaultError::mountFailed(result.stderr.isEmpty()
-                                          ? QStringLiteral("Wrong password or corrupt vault.")
+                                          ? tr("Wrong password or corrupt vault.")
                                           : result.stderr);
     }
     const std::optional<QString> mountPath = parseMountPoint(result.stdout);
     if (!mountPath)
-        throw VaultError::mountFailed(QStringLiteral("Could not determine mount point."));
+        throw VaultError::mountFailed(tr("Could not determine mount point."));
 
     setMountPoint(QUrl::fromLocalFile(*mountPath));
     if (!m_mountedAt.contains(*mountPath))

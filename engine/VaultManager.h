@@ -94,9 +94,9 @@ public:
     bool isWorking() const { return m_isWorking; }
     WorkProgress progress() const { return m_progress; }
     // Stops a move or copy under way at its next chunk; it rolls back and fails with
-    // kCancelledText. Work past the point of no return (an original half removed) finishes.
+    // cancelledText(). Work past the point of no return (an original half removed) finishes.
     Q_INVOKABLE void cancelWork();
-    static inline const QString kCancelledText = QStringLiteral("Cancelled.");
+    static QString cancelledText() { return tr("Cancelled."); }
     static bool wasCancelled(const VaultError& error);
 
     // The lock of the idle timer, of sleep and screen lock, and of quitting: locks if the

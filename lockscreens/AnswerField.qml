@@ -34,7 +34,7 @@ TextField {
         id: placeholder
         anchors.centerIn: parent
         visible: field.length === 0 && field.preeditText === ""
-        text: "Answer"
+        text: qsTr("Answer")
         font: field.font
         color: Qt.rgba(system.text.r, system.text.g, system.text.b, 0.4)
     }

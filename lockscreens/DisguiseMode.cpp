@@ -1,5 +1,7 @@
 #include "DisguiseMode.h"
 
+#include <QCoreApplication>
+
 QList<DisguiseMode> allDisguiseModes() {
     return {DisguiseMode::none, DisguiseMode::neutral, DisguiseMode::math};
 }
@@ -37,9 +39,9 @@ QString windowTitle(const QString& raw) {
     case DisguiseMode::none:
         return QStringLiteral("Morvanta");
     case DisguiseMode::neutral:
-        return QStringLiteral("Workspace");
+        return QCoreApplication::translate("DisguiseMode", "Workspace");
     case DisguiseMode::math:
-        return QStringLiteral("Calculator");
+        return QCoreApplication::translate("DisguiseMode", "Calculator");
     }
     return {};
 }

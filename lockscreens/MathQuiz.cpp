@@ -50,14 +50,14 @@ QString MathQuiz::symbol(Op op) {
 }
 
 QString MathQuiz::question() const {
-    return QStringLiteral("%1 %2 %3 = ?").arg(m_a).arg(symbol(m_op)).arg(m_b);
+    return tr("%1 %2 %3 = ?").arg(m_a).arg(symbol(m_op)).arg(m_b);
 }
 
 QString MathQuiz::messageText() const {
     if (!m_message)
         return {};
-    return *m_message == Message::correct ? QStringLiteral("Correct!")
-                                          : QStringLiteral("Try again");
+    return *m_message == Message::correct ? tr("Correct!")
+                                          : tr("Try again");
 }
 
 QString MathQuiz::messageSymbol() const {
@@ -68,7 +68,7 @@ QString MathQuiz::messageSymbol() const {
 }
 
 QString MathQuiz::buttonLabel() const {
-    return m_busy ? QStringLiteral("Checking...") : QStringLiteral("Submit");
+    return m_busy ? tr("Checking...") : tr("Submit");
 }
 
 qint64 MathQuiz::expectedAnswer() const {

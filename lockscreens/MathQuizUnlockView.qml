@@ -40,7 +40,7 @@ Item {
             objectName: "title"
             Layout.fillWidth: true
             horizontalAlignment: Text.AlignHCenter
-            text: "Quick Math"
+            text: qsTr("Quick Math")
             color: system.windowText
             font.pixelSize: 22
             font.weight: Font.DemiBold

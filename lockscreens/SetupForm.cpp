@@ -138,17 +138,17 @@ QColor SetupForm::levelColor(int level, const QColor& accent) {
 
 QString SetupForm::caption() const {
     if (m_password.isEmpty())
-        return QStringLiteral("At least 8 characters.");
+        return tr("At least 8 characters.");
     switch (level()) {
     case 0:
     case 1:
-        return QStringLiteral("Weak password.");
+        return tr("Weak password.");
     case 2:
-        return QStringLiteral("Fair password.");
+        return tr("Fair password.");
     case 3:
-        return QStringLiteral("Strong password.");
+        return tr("Strong password.");
     default:
-        return QStringLiteral("Very strong.");
+        return tr("Very strong.");
     }
 }
 
@@ -165,26 +165,26 @@ QColor SetupForm::accent() const {
 }
 
 QString SetupForm::title() const {
-    return disguised() ? QStringLiteral("Create account") : QStringLiteral("Create Vault");
+    return disguised() ? tr("Create account") : tr("Create Vault");
 }
 
 QString SetupForm::subtitle() const {
-    return disguised() ? QStringLiteral("Set password to continue. Cannot be recovered if lost.")
-                       : QStringLiteral("Set master password. Cannot be recovered if lost.");
+    return disguised() ? tr("Set password to continue. Cannot be recovered if lost.")
+                       : tr("Set master password. Cannot be recovered if lost.");
 }
 
 QString SetupForm::passwordPlaceholder() const {
-    return disguised() ? QStringLiteral("Password") : QStringLiteral("Master password");
+    return disguised() ? tr("Password") : tr("Master password");
 }
 
 QString SetupForm::notice() const {
-    return disguised() ? QStringLiteral("Password is the only key.")
-                       : QStringLiteral("Vault encrypted with AES-256. Password is the only key.");
+    return disguised() ? tr("Password is the only key.")
+                       : tr("Vault encrypted with AES-256. Password is the only key.");
 }
 
 QString SetupForm::buttonLabel() const {
     if (m_busy)
-        return QStringLiteral("Creating...");
+        return tr("Creating...");
     return title();
 }
 
@@ -199,11 +199,11 @@ void SetupForm::create() {
         return;
     setError({});
     if (characterCount(m_password) < kMinimumLength) {
-        fail(QStringLiteral("Password must be at least 8 characters."));
+        fail(tr("Password must be at least 8 characters."));
         return;
     }
     if (m_password != m_confirm) {
-        fail(QStringLiteral("Passwords do not match."), true);
+        fail(tr("Passwords do not match."), true);
         return;
     }
     if (const auto reason = unusablePasswordReason(m_password)) {

@@ -71,7 +71,7 @@ Item {
             Layout.fillWidth: true
             symbol: "lock.shield.fill"
             accent: form.accent
-            placeholderText: "Confirm password"
+            placeholderText: qsTr("Confirm password")
             text: form.confirm
             onTextChanged: form.confirm = text
             onAccepted: form.create()
@@ -88,7 +88,7 @@ Item {
             Layout.fillWidth: true
             visible: form.mismatch
             symbol: "exclamationmark.circle.fill"
-            text: "Passwords do not match."
+            text: qsTr("Passwords do not match.")
             color: Theme.caution
         }
         StatusLine {

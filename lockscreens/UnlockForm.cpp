@@ -44,22 +44,22 @@ void UnlockForm::setBusy(bool busy) {
 }
 
 QString UnlockForm::title() const {
-    return m_stealth ? QStringLiteral("Sign in") : QStringLiteral("Unlock Vault");
+    return m_stealth ? tr("Sign in") : tr("Unlock Vault");
 }
 
 QString UnlockForm::subtitle() const {
-    return m_stealth ? QStringLiteral("Enter password to continue.")
-                     : QStringLiteral("Enter your master password to access vault.");
+    return m_stealth ? tr("Enter password to continue.")
+                     : tr("Enter your master password to access vault.");
 }
 
 QString UnlockForm::placeholder() const {
-    return m_stealth ? QStringLiteral("Password") : QStringLiteral("Master password");
+    return m_stealth ? tr("Password") : tr("Master password");
 }
 
 QString UnlockForm::buttonLabel() const {
     if (m_stealth)
-        return m_busy ? QStringLiteral("Signing in...") : QStringLiteral("Sign in");
-    return m_busy ? QStringLiteral("Unlocking...") : QStringLiteral("Unlock");
+        return m_busy ? tr("Signing in...") : tr("Sign in");
+    return m_busy ? tr("Unlocking...") : tr("Unlock");
 }
 
 void UnlockForm::unlock() {

@@ -18,7 +18,7 @@ Item {
         objectName: "backButton"
         anchors.left: parent.left
         anchors.verticalCenter: parent.verticalCenter
-        text: "Back"
+        text: qsTr("Back")
         enabled: bar.pager.canGoBack
         opacity: enabled ? 1 : 0
         flat: true

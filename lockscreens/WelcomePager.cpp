@@ -15,7 +15,7 @@ void WelcomePager::setCtaLabel(const QString& label) {
 }
 
 QString WelcomePager::forwardLabel() const {
-    return m_page < totalPages() - 1 ? QStringLiteral("Next") : m_ctaLabel;
+    return m_page < totalPages() - 1 ? tr("Next") : m_ctaLabel;
 }
 
 void WelcomePager::advance() {
@@ -36,9 +36,9 @@ void WelcomePager::back() {
 
 QString WelcomePager::introSubtitle() {
 #ifdef Q_OS_MACOS
-    return QStringLiteral("Your Private Vault for macOS");
+    return tr("Your Private Vault for macOS");
 #else
-    return QStringLiteral("Your Private Vault for Linux");
+    return tr("Your Private Vault for Linux");
 #endif
 }
 
@@ -49,49 +49,45 @@ QVariantList WelcomePager::featureCards() {
                            {QStringLiteral("text"), text}};
     };
 #ifdef Q_OS_MACOS
-    const QString shortcut =
-        QStringLiteral("Lock everything instantly with \u2318L, or let auto-lock handle it.");
-    const QString security =
-        QStringLiteral("AES-256 encryption powered by Apple's own disk technology.");
-    const QString invisible = QStringLiteral(
-        "Locked files \u2014 and even apps \u2014 vanish from Finder, Spotlight, and Terminal.");
-    const QString nativeTitle = QStringLiteral("Native macOS");
-    const QString nativeText = QStringLiteral("Built with SwiftUI. Fast, lightweight, no bloat.");
-    const QString keyText = QStringLiteral("Only you hold the key. Nothing leaves your Mac.");
+    const QString shortcut = tr("Lock everything instantly with \u2318L, or let auto-lock handle it.");
+    const QString security = tr("AES-256 encryption powered by Apple's own disk technology.");
+    const QString invisible =
+        tr("Locked files \u2014 and even apps \u2014 vanish from Finder, Spotlight, and Terminal.");
+    const QString nativeTitle = tr("Native macOS");
+    const QString nativeText = tr("Built with SwiftUI. Fast, lightweight, no bloat.");
+    const QString keyText = tr("Only you hold the key. Nothing leaves your Mac.");
 #else
     // The shortcut in its Linux form, as the lock button's help text shows it.
-    const QString shortcut =
-        QStringLiteral("Lock everything instantly with Ctrl+L, or let auto-lock handle it.");
+    const QString shortcut = tr("Lock everything instantly with Ctrl+L, or let auto-lock handle it.");
     const QString security =
-        QStringLiteral("AES-256 encryption powered by gocryptfs, a proven open-source encryptor.");
-    const QString invisible = QStringLiteral("Locked files \u2014 and even apps \u2014 vanish "
-                                             "from your file manager, search, and terminal.");
-    const QString nativeTitle = QStringLiteral("Native Linux");
-    const QString nativeText = QStringLiteral("Built with Qt. Fast, lightweight, no bloat.");
-    const QString keyText = QStringLiteral("Only you hold the key. Nothing leaves your computer.");
+        tr("AES-256 encryption powered by gocryptfs, a proven open-source encryptor.");
+    const QString invisible = tr("Locked files \u2014 and even apps \u2014 vanish from your file "
+                                 "manager, search, and terminal.");
+    const QString nativeTitle = tr("Native Linux");
+    const QString nativeText = tr("Built with Qt. Fast, lightweight, no bloat.");
+    const QString keyText = tr("Only you hold the key. Nothing leaves your computer.");
 #endif
     return {
-        card("lock.shield.fill", QStringLiteral("Bank-grade security"), security),
-        card("eye.slash.fill", QStringLiteral("Truly invisible"), invisible),
-        card("command", QStringLiteral("One password"), shortcut),
+        card("lock.shield.fill", tr("Bank-grade security"), security),
+        card("eye.slash.fill", tr("Truly invisible"), invisible),
+        card("command", tr("One password"), shortcut),
         card("bolt.fill", nativeTitle, nativeText),
-        card("wifi.slash", QStringLiteral("Your data stays yours"),
-             QStringLiteral("100% offline. No cloud. No accounts. No tracking.")),
-        card("key.fill", QStringLiteral("Zero-knowledge"), keyText),
+        card("wifi.slash", tr("Your data stays yours"),
+             tr("100% offline. No cloud. No accounts. No tracking.")),
+        card("key.fill", tr("Zero-knowledge"), keyText),
     };
 }
 
 QString WelcomePager::backupText() {
 #ifdef Q_OS_MACOS
-    const QString where = QStringLiteral("It opens in Finder with your master password");
+    return tr("Gear menu \u2192 Back Up Vault saves one encrypted file you can store anywhere. It "
+              "opens in Finder with your master password, even without Morvanta \u2014 so "
+              "reinstalling or removing the app won't cost you your files. (A backup still needs "
+              "the password; it isn't a way to recover a forgotten one.)");
 #else
-    const QString where =
-        QStringLiteral("It opens in any archive manager with your master password");
+    return tr("Gear menu \u2192 Back Up Vault saves one encrypted file you can store anywhere. It "
+              "opens in any archive manager with your master password, even without Morvanta "
+              "\u2014 so reinstalling or removing the app won't cost you your files. (A backup "
+              "still needs the password; it isn't a way to recover a forgotten one.)");
 #endif
-    return QStringLiteral("Gear menu \u2192 Back Up Vault saves one encrypted file you can store "
-                          "anywhere. ") +
-           where +
-           QStringLiteral(", even without Morvanta \u2014 so reinstalling or removing the app "
-                          "won't cost you your files. (A backup still needs the password; "
-                          "it isn't a way to recover a forgotten one.)");
 }

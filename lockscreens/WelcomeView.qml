@@ -8,7 +8,7 @@ import Morvanta.LockScreens
 Item {
     id: root
 
-    property string ctaLabel: "Get Started"
+    property string ctaLabel: qsTr("Get Started")
     signal continued
 
     readonly property WelcomePager pager: pager
@@ -58,7 +58,7 @@ Item {
                 Layout.fillWidth: true
                 horizontalAlignment: Text.AlignHCenter
                 wrapMode: Text.Wrap
-                text: "Welcome to Morvanta"
+                text: qsTr("Welcome to Morvanta")
                 color: Theme.text
                 font.family: "serif"
                 font.pixelSize: 30
@@ -77,7 +77,7 @@ Item {
                 Layout.topMargin: 8
                 horizontalAlignment: Text.AlignHCenter
                 wrapMode: Text.Wrap
-                text: "Keep sensitive files safe behind one master password. Morvanta turns any file, folder, or app into an encrypted, invisible vault \u2014 protected by AES-256 encryption used by banks and governments."
+                text: qsTr("Keep sensitive files safe behind one master password. Morvanta turns any file, folder, or app into an encrypted, invisible vault \u2014 protected by AES-256 encryption used by banks and governments.")
                 color: Theme.secondaryText
                 font.pixelSize: 14
                 lineHeight: 1.2
@@ -93,7 +93,7 @@ Item {
             Label {
                 Layout.fillWidth: true
                 horizontalAlignment: Text.AlignHCenter
-                text: "Why Morvanta?"
+                text: qsTr("Why Morvanta?")
                 color: Theme.text
                 font.family: "serif"
                 font.pixelSize: 26
@@ -130,7 +130,7 @@ Item {
             Label {
                 Layout.fillWidth: true
                 horizontalAlignment: Text.AlignHCenter
-                text: "Before you begin"
+                text: qsTr("Before you begin")
                 color: Theme.text
                 font.family: "serif"
                 font.pixelSize: 26
@@ -140,7 +140,7 @@ Item {
                 Layout.fillWidth: true
                 spacing: 4
                 Label {
-                    text: "Perfect for"
+                    text: qsTr("Perfect for")
                     color: Theme.gold
                     font.pixelSize: 13
                     font.weight: Font.DemiBold
@@ -148,7 +148,7 @@ Item {
                 Label {
                     Layout.fillWidth: true
                     wrapMode: Text.Wrap
-                    text: "Tax documents \u00B7 Passwords \u00B7 Personal photos \u00B7 Client files \u00B7 Legal records \u00B7 Apps \u00B7 Anything you'd hate to lose or expose."
+                    text: qsTr("Tax documents \u00B7 Passwords \u00B7 Personal photos \u00B7 Client files \u00B7 Legal records \u00B7 Apps \u00B7 Anything you'd hate to lose or expose.")
                     color: Theme.secondaryText
                     font.pixelSize: 13
                     lineHeight: 1.15
@@ -158,14 +158,14 @@ Item {
                 Layout.fillWidth: true
                 symbol: "exclamationmark.triangle.fill"
                 tint: Theme.warning
-                heading: "Forget your password, forget your files."
-                text: "There's no \"forgot password\" link. No recovery email. No backdoor. That's not a bug \u2014 it's the whole point. Choose a password you'll remember."
+                heading: qsTr("Forget your password, forget your files.")
+                text: qsTr("There's no \"forgot password\" link. No recovery email. No backdoor. That's not a bug \u2014 it's the whole point. Choose a password you'll remember.")
             }
             InfoBox {
                 Layout.fillWidth: true
                 symbol: "externaldrive.fill.badge.checkmark"
                 tint: Theme.gold
-                heading: "Keep a backup."
+                heading: qsTr("Keep a backup.")
                 text: pager.backupText
             }
         }
