@@ -12,10 +12,12 @@ AppIdentity appIdentityFor(const QString& disguiseRaw) {
     const QString name = windowTitle(disguiseRaw);
     switch (disguiseModeOrNone(disguiseRaw)) {
     case DisguiseMode::neutral:
-        return {name, QCoreApplication::translate("AppIdentity", "Sign in to your workspace"), QStringLiteral("workspace"),
+        return {name, QCoreApplication::translate("AppIdentity", "Sign in to your workspace"),
+                QStringLiteral("workspace"),
                 QStringLiteral(":/qt/qml/Morvanta/icons/workspace.svg")};
     case DisguiseMode::math:
-        return {name, QCoreApplication::translate("AppIdentity", "Arithmetic practice"), QStringLiteral("calculator"),
+        return {name, QCoreApplication::translate("AppIdentity", "Arithmetic practice"),
+                QStringLiteral("calculator"),
                 QStringLiteral(":/qt/qml/Morvanta/icons/calculator.svg")};
     case DisguiseMode::none:
         break;
@@ -24,7 +26,8 @@ AppIdentity appIdentityFor(const QString& disguiseRaw) {
             QCoreApplication::translate("AppIdentity",
                                         "Keep sensitive files, folders and apps in one encrypted "
                                         "vault"),
-            QStringLiteral("morvanta"), QStringLiteral(":/qt/qml/Morvanta/LockScreens/morvanta.svg")};
+            QStringLiteral("morvanta"),
+            QStringLiteral(":/qt/qml/Morvanta/LockScreens/morvanta.svg")};
 }
 
 void applyAppIdentity(const AppIdentity& identity) {

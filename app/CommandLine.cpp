@@ -1,5 +1,7 @@
 #include "CommandLine.h"
 
+#include "Translation.h"
+
 #include "engine/VaultManager.h"
 #include "platform/SingleInstance.h"
 
@@ -21,23 +23,29 @@ int runCommandLine(int argc, char* argv[]) {
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("morvanta"));
     QCoreApplication::setApplicationVersion(QStringLiteral(MORVANTA_VERSION));
+    installTranslation();
 
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        QStringLiteral("Morvanta keeps sensitive files, folders and apps in one encrypted vault.\n"
-                       "Started without options, it opens its window (or brings forward the "
-                       "one already open)."));
+    parser.setApplicationDescription(QCoreApplication::translate(
+        "CommandLine", "Morvanta keeps sensitive files, folders and apps in one "
+                       "encrypted vault.\nStarted without options, it "
+                       "opens its window (or brings forward the one "
+                       "already open)."));
     // Qt's own help option would also offer --help-all, for options a window-less run lacks.
-    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
-                                  QStringLiteral("Show these options and exit."));
-    const QCommandLineOption version({QStringLiteral("v"), QStringLiteral("version")},
-                                     QStringLiteral("Show the version and exit."));
+    const QCommandLineOption help(
+        {QStringLiteral("h"), QStringLiteral("help")},
+        QCoreApplication::translate("CommandLine", "Show these options and exit."));
+    const QCommandLineOption version(
+        {QStringLiteral("v"), QStringLiteral("version")},
+        QCoreApplication::translate("CommandLine", "Show the version and exit."));
     parser.addOption(help);
     parser.addOption(version);
     const QCommandLineOption lock(
         QStringLiteral("lock"),
-        QStringLiteral("Lock the vault of the running Morvanta and exit. Succeeds also when "
-                       "Morvanta is not running or the vault is locked already."));
+        QCoreApplication::translate("CommandLine",
+                                    "Lock the vault of the running Morvanta and exit. Succeeds "
+                                    "also when Morvanta is not running or the vault is "
+                                    "locked already."));
     parser.addOption(lock);
 
     if (!parser.parse(QCoreApplication::arguments())) {
@@ -45,7 +53,8 @@ int runCommandLine(int argc, char* argv[]) {
         return 2;
     }
     if (!parser.positionalArguments().isEmpty()) {
-        printError(QStringLiteral("unexpected argument '%1'; see morvanta --help")
+        printError(QCoreApplication::translate("CommandLine",
+                                               "unexpected argument '%1'; see morvanta --help")
                        .arg(parser.positionalArguments().constFirst()));
         return 2;
     }
@@ -58,12 +67,14 @@ int runCommandLine(int argc, char* argv[]) {
         return 0;
     }
     if (!parser.isSet(lock)) {
-        printError(QStringLiteral("nothing to do; see morvanta --help"));
+        printError(
+            QCoreApplication::translate("CommandLine", "nothing to do; see morvanta --help"));
         return 2;
     }
     const platform::SingleInstance::LockAnswer answer = platform::SingleInstance::requestLock();
     if (answer.state == platform::SingleInstance::LockAnswer::State::failed) {
-        printError(QStringLiteral("could not lock the vault: %1").arg(answer.reason));
+        printError(QCoreApplication::translate("CommandLine", "could not lock the vault: %1")
+                       .arg(answer.reason));
         return 1;
     }
     return 0;

@@ -34,7 +34,8 @@ QString idleText(double idleTimeoutSeconds) {
     // Zero or less is off for the idle timer too.
     if (!(idleTimeoutSeconds > 0.0))
         return QCoreApplication::translate("BrowserTexts", "Auto-lock: off");
-    return QCoreApplication::translate("BrowserTexts", "Auto-lock: %1m").arg(qint64(idleTimeoutSeconds / 60.0));
+    return QCoreApplication::translate("BrowserTexts", "Auto-lock: %1m")
+        .arg(qint64(idleTimeoutSeconds / 60.0));
 }
 
 QString itemCountText(qsizetype count) {
@@ -88,20 +89,24 @@ QString renameMessage(const QUrl& url) {
     const QString extension = pathExtension(url.fileName());
     if (extension.isEmpty())
         return QCoreApplication::translate("BrowserTexts", "Enter a new name for this item.");
-    return QCoreApplication::translate("BrowserTexts", "Enter a new name. The \u201C.%1\u201D extension is kept so "
-                                                 "the item still opens correctly.")
+    return QCoreApplication::translate("BrowserTexts",
+                                       "Enter a new name. The \u201C.%1\u201D extension is kept so "
+                                       "the item still opens correctly.")
         .arg(extension);
 }
 
 QString restoreMessage(const QString& name, const std::optional<QString>& folder) {
-    return QCoreApplication::translate("BrowserTexts", "\u201C%1\u201D will be moved out of the vault back to:\n\n%2/%1")
-        .arg(name, folder.value_or(QCoreApplication::translate("BrowserTexts", "its original location")));
+    return QCoreApplication::translate(
+               "BrowserTexts", "\u201C%1\u201D will be moved out of the vault back to:\n\n%2/%1")
+        .arg(name,
+             folder.value_or(QCoreApplication::translate("BrowserTexts", "its original location")));
 }
 
 QString deleteMessage(const QString& name) {
-    return QCoreApplication::translate("BrowserTexts", "The vault holds the only copy of \u201C%1\u201D \u2014 "
-                                                 "deleting it erases it from your computer "
-                                                 "entirely. This can\u2019t be undone.")
+    return QCoreApplication::translate("BrowserTexts",
+                                       "The vault holds the only copy of \u201C%1\u201D \u2014 "
+                                       "deleting it erases it from your computer "
+                                       "entirely. This can\u2019t be undone.")
         .arg(name);
 }
 

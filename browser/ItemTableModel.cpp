@@ -18,10 +18,9 @@ const QCollator& collator() {
     return c;
 }
 
-const char* const kColumnTitles[] = {QT_TRANSLATE_NOOP("ItemTableModel", "Name"),
-                                     QT_TRANSLATE_NOOP("ItemTableModel", "Size"),
-                                     QT_TRANSLATE_NOOP("ItemTableModel", "Kind"),
-                                     QT_TRANSLATE_NOOP("ItemTableModel", "Date Added")};
+const char* const kColumnTitles[] = {
+    QT_TRANSLATE_NOOP("ItemTableModel", "Name"), QT_TRANSLATE_NOOP("ItemTableModel", "Size"),
+    QT_TRANSLATE_NOOP("ItemTableModel", "Kind"), QT_TRANSLATE_NOOP("ItemTableModel", "Date Added")};
 
 template <typename T> int threeWay(const T& a, const T& b) {
     return a < b ? -1 : (b < a ? 1 : 0);

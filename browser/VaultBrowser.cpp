@@ -215,18 +215,16 @@ QVariantList VaultBrowser::rowMenu(const QUrl& url) const {
         return {};
     QVariantList entries{
         menuEntry(QStringLiteral("open"), tr("Open"), QStringLiteral("folder")),
-        menuEntry(QStringLiteral("rename"), tr("Rename\u2026"),
-                  QStringLiteral("pencil"))};
+        menuEntry(QStringLiteral("rename"), tr("Rename\u2026"), QStringLiteral("pencil"))};
     if (m_vault && !m_vault->mountPoint().isEmpty() && m_vault->restoreFolder(url)) {
-        entries.append(menuEntry(QStringLiteral("restore"),
-                                 tr("Restore to Original Location"),
+        entries.append(menuEntry(QStringLiteral("restore"), tr("Restore to Original Location"),
                                  QStringLiteral("arrow.uturn.backward")));
     }
-    entries.append(menuEntry(QStringLiteral("moveOut"), tr("Move Out\u2026"),
-                             QStringLiteral("arrow.up.doc")));
+    entries.append(
+        menuEntry(QStringLiteral("moveOut"), tr("Move Out\u2026"), QStringLiteral("arrow.up.doc")));
     entries.append(menuEntry(QStringLiteral("divider"), {}, {}));
-    entries.append(menuEntry(QStringLiteral("delete"), tr("Delete"),
-                             QStringLiteral("trash"), true));
+    entries.append(
+        menuEntry(QStringLiteral("delete"), tr("Delete"), QStringLiteral("trash"), true));
     return entries;
 }
 
@@ -459,8 +457,9 @@ void VaultBrowser::backupVault() {
     m_panels->savePanel(backupPanelOptions(), this, [this](const std::optional<QUrl>& destination) {
         if (!destination || destination->isEmpty() || m_busy)
             return;
-        runEngineWork([destination = *destination](VaultManager& vault) { vault.backupVault(destination); },
-                      [this] { setSuccess(tr("Encrypted backup saved.")); });
+        runEngineWork(
+            [destination = *destination](VaultManager& vault) { vault.backupVault(destination); },
+            [this] { setSuccess(tr("Encrypted backup saved.")); });
     });
 }
 

@@ -87,7 +87,8 @@ void VaultManager::addItem(const QUrl& url) {
         throw VaultError::cannotMoveSource(name);
     if (isReservedName(name)) {
         throw VaultError::ioFailed(tr("\u201C%1\u201D is a name the vault keeps for itself. Rename "
-                                      "the item, then add it.").arg(name));
+                                      "the item, then add it.")
+                                       .arg(name));
     }
     const QString destination = vaultRoot() + QLatin1Char('/') + name;
     if (platform::existsNoFollow(local(destination)))

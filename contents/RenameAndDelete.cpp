@@ -32,7 +32,8 @@ void VaultManager::renameItem(const QUrl& url, const QString& newName) {
     const QString destination = vaultRoot() + QLatin1Char('/') + finalName;
     if (isReservedName(finalName)) {
         throw VaultError::ioFailed(tr("\u201C%1\u201D is a name the vault keeps for itself. Choose "
-                                      "another name.").arg(finalName));
+                                      "another name.")
+                                       .arg(finalName));
     }
     if (platform::existsNoFollow(local(destination))) {
         throw VaultError::ioFailed(

@@ -21,7 +21,8 @@ QString VaultError::errorDescription() const {
                   "you don\u2019t have permission to move it from its current location.")
             .arg(p);
     case Case::cannotRemoveSource:
-        return tr("\u201C%1\u201D wasn\u2019t added \u2014 its original couldn\u2019t be removed from "
+        return tr("\u201C%1\u201D wasn\u2019t added \u2014 its original couldn\u2019t be removed "
+                  "from "
                   "its current location (the administrator prompt was cancelled or failed). "
                   "Nothing was left in the vault.")
             .arg(p);

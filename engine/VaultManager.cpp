@@ -89,9 +89,8 @@ void VaultManager::attach(const QString& password) {
                                          password);
     // A wrong password is not told apart from any other failure.
     if (result.status != 0) {
-        throw VaultError::mountFailed(result.stderr.isEmpty()
-                                          ? tr("Wrong password or corrupt vault.")
-                                          : result.stderr);
+        throw VaultError::mountFailed(
+            result.stderr.isEmpty() ? tr("Wrong password or corrupt vault.") : result.stderr);
     }
     const std::optional<QString> mountPath = parseMountPoint(result.stdout);
     if (!mountPath)

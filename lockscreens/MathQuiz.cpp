@@ -56,8 +56,7 @@ QString MathQuiz::question() const {
 QString MathQuiz::messageText() const {
     if (!m_message)
         return {};
-    return *m_message == Message::correct ? tr("Correct!")
-                                          : tr("Try again");
+    return *m_message == Message::correct ? tr("Correct!") : tr("Try again");
 }
 
 QString MathQuiz::messageSymbol() const {

@@ -49,7 +49,8 @@ QVariantList WelcomePager::featureCards() {
                            {QStringLiteral("text"), text}};
     };
 #ifdef Q_OS_MACOS
-    const QString shortcut = tr("Lock everything instantly with \u2318L, or let auto-lock handle it.");
+    const QString shortcut =
+        tr("Lock everything instantly with \u2318L, or let auto-lock handle it.");
     const QString security = tr("AES-256 encryption powered by Apple's own disk technology.");
     const QString invisible =
         tr("Locked files \u2014 and even apps \u2014 vanish from Finder, Spotlight, and Terminal.");
@@ -58,7 +59,8 @@ QVariantList WelcomePager::featureCards() {
     const QString keyText = tr("Only you hold the key. Nothing leaves your Mac.");
 #else
     // The shortcut in its Linux form, as the lock button's help text shows it.
-    const QString shortcut = tr("Lock everything instantly with Ctrl+L, or let auto-lock handle it.");
+    const QString shortcut =
+        tr("Lock everything instantly with Ctrl+L, or let auto-lock handle it.");
     const QString security =
         tr("AES-256 encryption powered by gocryptfs, a proven open-source encryptor.");
     const QString invisible = tr("Locked files \u2014 and even apps \u2014 vanish from your file "

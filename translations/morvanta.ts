@@ -1,6 +1,6 @@
 <?xml version="1.0" encoding="utf-8"?>
 <!DOCTYPE TS>
-<TS version="2.1">
+<TS version="2.1" sourcelanguage="en">
 <context>
     <name>AboutSheet</name>
     <message>
@@ -75,6 +75,10 @@
         <translation type="unfinished"></translation>
     </message>
     <message>
+        <source>%1 — %2%</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
         <source>%1, %2 of %3 items</source>
         <translation type="unfinished"></translation>
     </message>
@@ -109,6 +113,38 @@
     <name>CalloutCard</name>
     <message>
         <source>Dismiss</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>CommandLine</name>
+    <message>
+        <source>Morvanta keeps sensitive files, folders and apps in one encrypted vault.
+Started without options, it opens its window (or brings forward the one already open).</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show these options and exit.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show the version and exit.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Lock the vault of the running Morvanta and exit. Succeeds also when Morvanta is not running or the vault is locked already.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>unexpected argument &apos;%1&apos;; see morvanta --help</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>nothing to do; see morvanta --help</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>could not lock the vault: %1</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
