@@ -1,12 +1,16 @@
 #include "AppWindow.h"
 
+#include "Accessibility.h"
+
 #include "app/AccessibleControls.h"
 #include "app/AppIdentity.h"
 #include "app/AppPalette.h"
 
+#include <QAccessible>
 #include <QDir>
 #include <QMetaObject>
 #include <QPainter>
+#include <QRegularExpression>
 #include <QSettings>
 #include <QTest>
 
@@ -25,6 +29,25 @@ void collectTexts(QQuickItem* item, QStringList& texts) {
         texts.append(placeholder.toString());
     for (QQuickItem* child : item->childItems())
         collectTexts(child, texts);
+}
+
+// Under the pseudo-translation, every text shown or named for a screen reader is wrapped in
+// ⟦…⟧, except the user's own (the table's cells) and what has no letters (a number, a dash).
+QStringList untranslatedTexts(QQuickWindow* window) {
+    static const QRegularExpression letter(QStringLiteral("\\p{L}"));
+    QStringList found;
+    QAccessible::setActive(true);
+    visitAccessible(window, [&found](QAccessibleInterface* element) {
+        auto* item = qobject_cast<QQuickItem*>(element->object());
+        for (QQuickItem* up = item; up; up = up->parentItem())
+            if (qmlTypeName(up) == QLatin1String("TableCell"))
+                return;
+        const QString name = element->text(QAccessible::Name);
+        if (item && name.contains(letter) &&
+            !(name.startsWith(u'\u27E6') && name.endsWith(u'\u27E7')))
+            found << name;
+    });
+    return found;
 }
 
 // Through the visual tree: items a Loader made are not QObject children of the window.
@@ -52,6 +75,13 @@ AppWindow::AppWindow(HDIUtilRunner runner, const QString& disguiseMode) {
         std::make_unique<QSettings>(m_settingsDir.filePath("Morvanta.conf"), QSettings::IniFormat);
     store->setValue("disguiseMode", disguiseMode);
     m_settings = std::make_unique<platform::Settings>(std::move(store));
+    const QString pseudo = qEnvironmentVariable("MORVANTA_PSEUDO_TRANSLATION");
+    if (!pseudo.isEmpty()) {
+        m_pseudoTranslation = std::make_unique<QTranslator>();
+        if (!m_pseudoTranslation->load(pseudo) ||
+            !QCoreApplication::installTranslator(m_pseudoTranslation.get()))
+            qFatal("No pseudo-translation at %s", qPrintable(pseudo));
+    }
     installAccessibility();
     followDisguise(*m_settings);
     m_vault = std::make_unique<VaultManager>(m_support.path(), std::move(runner));
@@ -140,7 +170,12 @@ void AppWindow::type(const QString& text) const {
 }
 
 bool AppWindow::screenshot(const QString& name, bool withIcon) const {
-    const QString folder = QStringLiteral(MORVANTA_SCREENSHOT_DIR);
+    QString folder = QStringLiteral(MORVANTA_SCREENSHOT_DIR);
+    if (m_pseudoTranslation) {
+        folder += QStringLiteral("/pseudo");
+        for (const QString& text : untranslatedTexts(m_window))
+            qWarning("Untranslated text on %s: %s", qPrintable(name), qPrintable(text));
+    }
     QDir().mkpath(folder);
     QImage shot = m_window->grabWindow();
     if (withIcon) {

@@ -8,6 +8,7 @@
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QTemporaryDir>
+#include <QTranslator>
 
 namespace testsupport {
 
@@ -43,10 +44,12 @@ public:
     // Types ASCII text into whatever has the keyboard focus.
     void type(const QString& text) const;
     // Saves a PNG of the window under the build's screenshot folder, with the window's icon
-    // in the top right corner if asked, as a taskbar would show it beside the window.
+    // in the top right corner if asked, as a taskbar would show it beside the window. Under
+    // MORVANTA_PSEUDO_TRANSLATION, to pseudo/, warning of each text shown untranslated.
     bool screenshot(const QString& name, bool withIcon = false) const;
 
 private:
+    std::unique_ptr<QTranslator> m_pseudoTranslation;
     QTemporaryDir m_support;
     QTemporaryDir m_settingsDir;
     std::unique_ptr<platform::Settings> m_settings;

@@ -63,7 +63,7 @@ private slots:
         QTest::keyClick(app.window(), Qt::Key_Tab);
         QTRY_VERIFY(app.item("backButton")->property("visualFocus").toBool());
         QVERIFY(app.screenshot("welcome-page3-keyboard-focus"));
-        QCOMPARE(app.item("forwardButton")->property("text").toString(), "Get Started");
+        QVERIFY(app.item("forwardButton")->property("text").toString().contains("Get Started"));
     }
 
     void setupScreen_data() {
