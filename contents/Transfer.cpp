@@ -88,7 +88,7 @@ void VaultManager::stageCopy(const QString& source, const QString& target,
     // The last moment to give way: past it, the original starts to go.
     if (m_cancelRequested) {
         m_files->erase(local(target));
-        throw VaultError::ioFailed(cancelledText());
+        throw VaultError::ioFailed(kCancelledText);
     }
 }
 
@@ -98,12 +98,13 @@ QString VaultManager::leftBehindMessage(const QString& name, const QString& orig
     collectLeaves(local(original), leaves, 10, more);
     const bool fromVault = isInVault(original);
     QString text =
-        fromVault ? tr("\u201C%1\u201D is at its new place, but not all of it could be taken out of "
-                       "the vault (it changed or was added to during the move, or could not be "
-                       "removed). Still in the vault:")
-                  : tr("\u201C%1\u201D is in the vault, but not all of it could be taken from its "
-                       "original place (it changed or was added to during the move, or could not "
-                       "be removed). Still there:");
+        fromVault
+            ? tr("\u201C%1\u201D is at its new place, but not all of it could be taken out of "
+                 "the vault (it changed or was added to during the move, or could not be "
+                 "removed). Still in the vault:")
+            : tr("\u201C%1\u201D is in the vault, but not all of it could be taken from its "
+                 "original place (it changed or was added to during the move, or could not "
+                 "be removed). Still there:");
     text = text.arg(name);
     for (const QString& leaf : leaves)
         text += QLatin1Char('\n') + leaf;

@@ -61,7 +61,7 @@ void VaultManager::cancelWork() {
 }
 
 bool VaultManager::wasCancelled(const VaultError& error) {
-    return error.kind() == VaultError::Case::ioFailed && error.payload() == cancelledText();
+    return error.kind() == VaultError::Case::ioFailed && error.payload() == kCancelledText;
 }
 
 void VaultManager::finishBackgroundWork(bool cancel) {

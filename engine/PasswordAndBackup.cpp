@@ -139,7 +139,7 @@ void VaultManager::backupVault(const QUrl& destination) {
             }
         });
     if (m_cancelRequested)
-        throw VaultError::ioFailed(cancelledText());
+        throw VaultError::ioFailed(kCancelledText);
     // A failed backup is an I/O failure, not a failed create.
     if (result.status != 0)
         throw VaultError::ioFailed(failureMessage(result));

@@ -94,9 +94,10 @@ public:
     bool isWorking() const { return m_isWorking; }
     WorkProgress progress() const { return m_progress; }
     // Stops a move or copy under way at its next chunk; it rolls back and fails with
-    // cancelledText(). Work past the point of no return (an original half removed) finishes.
+    // kCancelledText. Work past the point of no return (an original half removed) finishes.
     Q_INVOKABLE void cancelWork();
-    static QString cancelledText() { return tr("Cancelled."); }
+    // Never shown, so not translated: the file layer stops a copy with the same words.
+    static inline const QString kCancelledText = QStringLiteral("Cancelled.");
     static bool wasCancelled(const VaultError& error);
 
     // The lock of the idle timer, of sleep and screen lock, and of quitting: locks if the

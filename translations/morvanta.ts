@@ -696,10 +696,6 @@ Started without options, it opens its window (or brings forward the one already 
         <source>Could not determine mount point.</source>
         <translation type="unfinished"></translation>
     </message>
-    <message>
-        <source>Cancelled.</source>
-        <translation type="unfinished"></translation>
-    </message>
 </context>
 <context>
     <name>VaultView</name>

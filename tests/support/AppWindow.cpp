@@ -32,7 +32,7 @@ void collectTexts(QQuickItem* item, QStringList& texts) {
 }
 
 // Under the pseudo-translation, every text shown or named for a screen reader is wrapped in
-// ⟦…⟧, except the user's own (the table's cells) and what has no letters (a number, a dash).
+// ⟦…⟧, except the user's own (the table's cells, paths) and what has no letters (a number).
 QStringList untranslatedTexts(QQuickWindow* window) {
     static const QRegularExpression letter(QStringLiteral("\\p{L}"));
     QStringList found;
@@ -43,7 +43,7 @@ QStringList untranslatedTexts(QQuickWindow* window) {
             if (qmlTypeName(up) == QLatin1String("TableCell"))
                 return;
         const QString name = element->text(QAccessible::Name);
-        if (item && name.contains(letter) &&
+        if (item && name.contains(letter) && !name.startsWith(u'/') &&
             !(name.startsWith(u'\u27E6') && name.endsWith(u'\u27E7')))
             found << name;
     });
