@@ -31,25 +31,6 @@ void collectTexts(QQuickItem* item, QStringList& texts) {
         collectTexts(child, texts);
 }
 
-// Under the pseudo-translation, every text shown or named for a screen reader is wrapped in
-// ⟦…⟧, except the user's own (the table's cells, paths) and what has no letters (a number).
-QStringList untranslatedTexts(QQuickWindow* window) {
-    static const QRegularExpression letter(QStringLiteral("\\p{L}"));
-    QStringList found;
-    QAccessible::setActive(true);
-    visitAccessible(window, [&found](QAccessibleInterface* element) {
-        auto* item = qobject_cast<QQuickItem*>(element->object());
-        for (QQuickItem* up = item; up; up = up->parentItem())
-            if (qmlTypeName(up) == QLatin1String("TableCell"))
-                return;
-        const QString name = element->text(QAccessible::Name);
-        if (item && name.contains(letter) && !name.startsWith(u'/') &&
-            !(name.startsWith(u'\u27E6') && name.endsWith(u'\u27E7')))
-            found << name;
-    });
-    return found;
-}
-
 // Through the visual tree: items a Loader made are not QObject children of the window.
 QQuickItem* findItem(QQuickItem* item, const QString& objectName) {
     if (item->objectName() == objectName)
@@ -76,12 +57,9 @@ AppWindow::AppWindow(HDIUtilRunner runner, const QString& disguiseMode) {
     store->setValue("disguiseMode", disguiseMode);
     m_settings = std::make_unique<platform::Settings>(std::move(store));
     const QString pseudo = qEnvironmentVariable("MORVANTA_PSEUDO_TRANSLATION");
-    if (!pseudo.isEmpty()) {
-        m_pseudoTranslation = std::make_unique<QTranslator>();
-        if (!m_pseudoTranslation->load(pseudo) ||
-            !QCoreApplication::installTranslator(m_pseudoTranslation.get()))
-            qFatal("No pseudo-translation at %s", qPrintable(pseudo));
-    }
+    if (!pseudo.isEmpty() &&
+        !(m_pseudo.load(pseudo) && QCoreApplication::installTranslator(&m_pseudo)))
+        qFatal("No pseudo-translation at %s", qPrintable(pseudo));
     installAccessibility();
     followDisguise(*m_settings);
     m_vault = std::make_unique<VaultManager>(m_support.path(), std::move(runner));
@@ -171,10 +149,21 @@ void AppWindow::type(const QString& text) const {
 
 bool AppWindow::screenshot(const QString& name, bool withIcon) const {
     QString folder = QStringLiteral(MORVANTA_SCREENSHOT_DIR);
-    if (m_pseudoTranslation) {
+    if (!m_pseudo.isEmpty()) {
         folder += QStringLiteral("/pseudo");
-        for (const QString& text : untranslatedTexts(m_window))
-            qWarning("Untranslated text on %s: %s", qPrintable(name), qPrintable(text));
+        // Every text shown or named for screen readers wears the ⟦…⟧, but for the user's own
+        // (the table's cells, paths) and what has no letters (a number).
+        QAccessible::setActive(true);
+        visitAccessible(m_window, [&name](QAccessibleInterface* element) {
+            auto* item = qobject_cast<QQuickItem*>(element->object());
+            for (QQuickItem* up = item; up; up = up->parentItem())
+                if (qmlTypeName(up) == QLatin1String("TableCell"))
+                    return;
+            const QString text = element->text(QAccessible::Name);
+            if (item && text.contains(QRegularExpression(QStringLiteral("\\p{L}"))) &&
+                !text.startsWith(u'/') && !(text.startsWith(u'\u27E6') && text.endsWith(u'\u27E7')))
+                qWarning("Untranslated text on %s: %s", qPrintable(name), qPrintable(text));
+        });
     }
     QDir().mkpath(folder);
     QImage shot = m_window->grabWindow();

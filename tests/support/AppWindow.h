@@ -49,7 +49,7 @@ public:
     bool screenshot(const QString& name, bool withIcon = false) const;
 
 private:
-    std::unique_ptr<QTranslator> m_pseudoTranslation;
+    QTranslator m_pseudo;
     QTemporaryDir m_support;
     QTemporaryDir m_settingsDir;
     std::unique_ptr<platform::Settings> m_settings;

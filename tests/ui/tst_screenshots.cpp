@@ -339,9 +339,7 @@ private slots:
         settle();
         app.click("gear.backup");
         QTRY_VERIFY(backupHeld.available() > 0 && app.find("progressStrip")->isVisible());
-        // The English inside the pseudo-translation's marks.
-        QString progress = app.find("progressText")->property("text").toString();
-        QCOMPARE(progress.remove(u'\u27E6').remove(u'\u27E7'),
+        QCOMPARE(app.find("progressText")->property("text").toString().remove(u'\u27E6').remove(u'\u27E7'),
                  "\u201CMorvantaVault-Backup.7z\u201D \u2014 42%");
         QVERIFY(!app.find("progressBar")->property("indeterminate").toBool());
         shot("browser-progress-backup");
