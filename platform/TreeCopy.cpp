@@ -4,11 +4,13 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
 #include <map>
 #include <memory>
+#include <new>
 #include <sys/stat.h>
 #include <sys/statfs.h>
 #include <sys/sysmacros.h>
@@ -256,7 +258,11 @@ off_t writeSparse(int out, const char* data, std::size_t size, off_t offset) {
 class Copier {
 public:
     Copier(const CopyObserver& observer, bool directWrites)
-        : m_observer(observer), m_buffer(new char[kChunk]), m_directWrites(directWrites) {}
+        : m_observer(observer), m_buffer(static_cast<char*>(std::aligned_alloc(kBlock, kChunk))),
+          m_directWrites(directWrites) {
+        if (!m_buffer)
+            throw std::bad_alloc();
+    }
 
     FileError copyFile(const std::string& from, const std::string& to) {
         ScopedFd in(::open(from.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
@@ -352,7 +358,13 @@ private:
     }
 
     const CopyObserver& m_observer;
-    std::unique_ptr<char[]> m_buffer; // one for the whole copy, not one per file
+    struct Free {
+        void operator()(char* data) const { std::free(data); }
+    };
+    // One for the whole copy, not one per file. Page-aligned: a direct write from a buffer
+    // that straddles one page more than it fills reaches FUSE as two requests, and the vault
+    // then writes (and allocates) the encrypted file in small pieces out of order.
+    std::unique_ptr<char, Free> m_buffer;
     bool m_directWrites;
     std::int64_t m_bytes = 0;
     std::int64_t m_entries = 0;
