@@ -17,6 +17,11 @@ inline std::string fileName(const std::string& path) {
     return slash == std::string::npos ? path : path.substr(slash + 1);
 }
 
+// An entry of a surveyed tree by its path below `root` ("" is the root itself).
+inline std::string joined(const std::string& root, const std::string& relative) {
+    return relative.empty() ? root : root + "/" + relative;
+}
+
 inline std::string quoted(const std::string& name) { return "\u201C" + name + "\u201D"; }
 
 // "Couldn’t copy “name”: reason." — the words a person sees for a failed step.

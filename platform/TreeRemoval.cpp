@@ -9,15 +9,10 @@
 #include <fcntl.h>
 #include <limits>
 #include <sys/stat.h>
-#include <sys/sysmacros.h>
 
 namespace platform {
 
 namespace {
-
-std::string joined(const std::string& root, const std::string& relative) {
-    return relative.empty() ? root : root + "/" + relative;
-}
 
 // The entry at `path` now, described as a survey would.
 bool current(const std::string& path, TreeEntry& entry) {
