@@ -12,7 +12,6 @@
 #include <QSemaphore>
 #include <QTest>
 #include <QThread>
-#include <QTimer>
 
 using testsupport::readFile;
 using testsupport::writeFile;
@@ -28,17 +27,17 @@ class TestBackgroundWork : public VaultTestCase {
     std::shared_ptr<GatedFileLayer> m_files;
     std::optional<std::optional<VaultError>> m_result;
 
-    // Starts adding a 24 MiB file and returns once its copy is held at the gate, having
-    // checked on the way that the window's thread went on running events meanwhile.
-    void startHeldAdd() {
-        QVERIFY(writeFile(home("film.mkv"), QByteArray(24 << 20, 'f')));
+    // Runs `work` with a file layer that holds it at its first chunk, and returns once held.
+    void runHeld(const std::function<void(VaultManager&)>& work) {
         m_files = std::make_shared<GatedFileLayer>();
         m_vault->setFileLayer(m_files);
-        run([this](VaultManager& vault) { vault.addItem(url(home("film.mkv"))); });
-        bool ticked = false;
-        QTimer::singleShot(0, this, [&] { ticked = true; });
+        run(work);
         QTRY_VERIFY(m_files->reachedGate.available() > 0);
-        QTRY_VERIFY(ticked);
+    }
+    // Starts adding a 24 MiB file and returns once its copy is held (and this thread free).
+    void startHeldAdd() {
+        QVERIFY(writeFile(home("film.mkv"), QByteArray(24 << 20, 'f')));
+        runHeld([this](VaultManager& vault) { vault.addItem(url(home("film.mkv"))); });
         QVERIFY(m_vault->isWorking());
         QTRY_COMPARE(m_vault->progress().name, QString("film.mkv"));
     }
@@ -79,25 +78,6 @@ private slots:
         QCOMPARE(seen.last(), WorkProgress());
     }
 
-    // Stops the held work as the row says; a lock is followed by an unlock, to look inside.
-    void stopWork(const QString& how) {
-        if (how == "cancel") {
-            m_vault->cancelWork();
-            return;
-        }
-        if (how == "lock") {
-            m_vault->lock(); // returns once the work has rolled back and the vault is locked
-        } else {
-            bool locked = false;
-            m_vault->lockInBackground([&](const auto& error) { locked = !error; });
-            QVERIFY(m_vault->isUnlocked()); // this thread waited for neither rollback nor detach
-            QTRY_VERIFY(locked);
-        }
-        QVERIFY(!m_vault->isUnlocked());
-        QCOMPARE(testsupport::mountsBelow(m_runtime->path()), QStringList());
-        m_vault->unlock("pw");
-    }
-
     void aCancelOrALockStopsTheMoveWithNothingLost_data() {
         QTest::addColumn<QString>("how");
         for (const char* how : {"cancel", "lock", "lock in background"})
@@ -106,26 +86,37 @@ private slots:
     void aCancelOrALockStopsTheMoveWithNothingLost() {
         QFETCH(QString, how);
         startHeldAdd();
-        stopWork(how);
+        if (how == "cancel") {
+            m_vault->cancelWork();
+        } else if (how == "lock") {
+            m_vault->lock(); // returns once the work has rolled back and the vault is locked
+        } else {
+            bool locked = false;
+            m_vault->lockInBackground([&](const auto& error) { locked = !error; });
+            QVERIFY(m_vault->isUnlocked()); // this thread waited for neither rollback nor detach
+            QTRY_VERIFY(locked);
+        }
         QTRY_VERIFY(m_result.has_value());
         QVERIFY(*m_result && VaultManager::wasCancelled(**m_result));
+        QCOMPARE(m_vault->isUnlocked(), how == "cancel");
+        QCOMPARE(testsupport::mountsBelow(m_runtime->path()).isEmpty(), how != "cancel");
+        if (!m_vault->isUnlocked())
+            m_vault->unlock("pw");
         QCOMPARE(readFile(home("film.mkv")), QByteArray(24 << 20, 'f'));
         QCOMPARE(vaultEntries(), QStringList());
         QVERIFY(!m_vault->restoreFolder(url(inVault("film.mkv"))));
     }
 
+    // Counted first, for the progress strip; a lock stops it part-way.
     void aDeletionCountsFirstAndStopsPartWay() {
         QVERIFY(QDir().mkpath(inVault("Pics")));
         for (int i = 0; i < 40; ++i)
             QVERIFY(writeFile(inVault(QString("Pics/%1.jpg").arg(i)), QByteArray(1000, 'p')));
-        m_files = std::make_shared<GatedFileLayer>();
-        m_vault->setFileLayer(m_files);
-        run([this](VaultManager& vault) { vault.deleteItem(url(inVault("Pics"))); });
-        QTRY_VERIFY(m_files->reachedGate.available() > 0);
+        runHeld([this](VaultManager& vault) { vault.deleteItem(url(inVault("Pics"))); });
         QTRY_COMPARE(m_vault->progress(), (WorkProgress{"Pics", 1000, 40000, 1, 41, -1}));
-        stopWork("lock");
-        QTRY_VERIFY(m_result.has_value());
-        QVERIFY(*m_result && VaultManager::wasCancelled(**m_result));
+        m_vault->lock();
+        QVERIFY(m_result && *m_result && VaultManager::wasCancelled(**m_result));
+        m_vault->unlock("pw");
         QCOMPARE(QDir(inVault("Pics")).entryList(QDir::Files).size(), 39);
     }
 
@@ -158,9 +149,8 @@ private slots:
     void aLockDuringAPasswordChangeLeavesOnePasswordThatOpens_data() {
         QTest::addColumn<QString>("step");
         QTest::addColumn<QString>("inForce");
-        QTest::newRow("detach") << "detach" << "pw";
-        QTest::newRow("chpass") << "chpass" << "new";
-        QTest::newRow("attach") << "attach" << "new";
+        for (const auto& [step, inForce] : {std::pair{"detach", "pw"}, {"chpass", "new"}, {"attach", "new"}})
+            QTest::newRow(step) << QString(step) << QString(inForce);
     }
     void aLockDuringAPasswordChangeLeavesOnePasswordThatOpens() {
         QFETCH(QString, step);

@@ -1,20 +1,17 @@
 // Morvanta under faults (full file systems, a tool or the whole app killed part-way, a mount
-// that disappears), odd passwords, and with its secrets. After each fault,
-// nothing of the user's is lost (every file is whole at its place or in the vault, byte for
-// byte), the registry still reads, and the app starts locked.
+// that disappears), and with its secrets. After each fault, nothing of the user's is lost
+// (every file is whole at its place or in the vault, byte for byte), the registry still
+// reads, and the app starts locked.
 
-#include "engine/VaultManager.h"
 #include "platform/Hardening.h"
 #include "platform/Process.h"
 #include "support/Errors.h"
-#include "support/FuseHarness.h"
 #include "support/Trees.h"
+#include "support/VaultTestCase.h"
 
 #include <QDir>
-#include <QFile>
 #include <QJsonDocument>
 #include <QProcess>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QThread>
 
@@ -25,43 +22,19 @@
 #include <unistd.h>
 
 using testsupport::errorOf;
-using testsupport::fillUp;
 using testsupport::readFile;
 using testsupport::treeOf;
 using testsupport::writeFile;
 
-namespace {
-
-bool registryReads(const QString& vaultRoot) {
-    QFile file(vaultRoot + "/.morvanta-origins.json");
-    if (!file.exists())
-        return true;
-    return file.open(QIODevice::ReadOnly) && QJsonDocument::fromJson(file.readAll()).isObject();
-}
-
-} // namespace
-
-class TestReliability : public QObject {
+class TestReliability : public VaultTestCase {
     Q_OBJECT
 
-    std::unique_ptr<testsupport::ScopedRuntimeDir> m_runtime;
-    std::unique_ptr<QTemporaryDir> m_home;
-
-    QString home(const QString& name) const { return m_home->filePath(name); }
     QString support() const { return home(".support"); }
-    std::unique_ptr<VaultManager> startApp() {
-        return std::make_unique<VaultManager>(support(), testsupport::fastToolRunner());
-    }
-    std::unique_ptr<VaultManager> newUnlockedVault() {
-        auto vault = startApp();
-        vault->createVault("pw");
-        vault->unlock("pw");
-        return vault;
-    }
-    QString root(const VaultManager& vault) const { return vault.mountPoint().toLocalFile(); }
+    QString root() const { return m_vault->mountPoint().toLocalFile(); }
 
     // Starts the stand-in app and waits until it has the vault open.
     std::unique_ptr<QProcess> startDriver(const QStringList& job) {
+        m_vault->lock();
         auto driver = std::make_unique<QProcess>();
         driver->start(QCoreApplication::applicationDirPath() + "/engine-driver", QStringList{support()} + job);
         if (!driver->waitForStarted() || !driver->waitForReadyRead(10000) ||
@@ -70,68 +43,51 @@ class TestReliability : public QObject {
         return driver;
     }
 
-    // What every fault must leave: a locked start with no mount, and every file of `before`
-    // whole either where it was or in the vault.
-    void verifyNothingLost(const QString& original, const QMap<QString, QByteArray>& before) {
-        auto restarted = startApp();
-        QVERIFY(!restarted->isUnlocked());
+    // What every fault must leave: a locked start with no mount, and a vault that opens with
+    // a registry that reads and no half-made copy.
+    void restartAndUnlock() {
+        m_vault = std::make_unique<VaultManager>(support(), testsupport::fastToolRunner());
+        QVERIFY(!m_vault->isUnlocked());
         QVERIFY(testsupport::mountsBelow(m_runtime->path()).isEmpty());
-        restarted->unlock("pw");
-        QVERIFY(registryReads(root(*restarted)));
-        QVERIFY(QDir(root(*restarted))
-                    .entryList({".morvanta-staging-*"}, QDir::AllEntries | QDir::Hidden)
-                    .isEmpty());
-        const auto outside = treeOf(original);
-        const auto inside = treeOf(root(*restarted) + '/' + QFileInfo(original).fileName());
-        for (auto it = before.cbegin(); it != before.cend(); ++it) {
-            const bool whole = outside.value(it.key()) == it.value() || inside.value(it.key()) == it.value();
-            QVERIFY2(!it.value().startsWith("file") || whole, qPrintable(it.key() + " was lost"));
-        }
-        restarted->lock();
+        m_vault->unlock("pw");
+        QFile registry(inVault(".morvanta-origins.json"));
+        QVERIFY(!registry.exists() || (registry.open(QIODevice::ReadOnly) &&
+                                       QJsonDocument::fromJson(registry.readAll()).isObject()));
+        QCOMPARE(QDir(root()).entryList({".morvanta-staging-*"}, QDir::AllEntries | QDir::Hidden), QStringList());
     }
 
 private slots:
     void init() {
         REQUIRE_FUSE();
-        m_runtime = std::make_unique<testsupport::ScopedRuntimeDir>();
-        m_home = std::make_unique<QTemporaryDir>();
+        setUpVault();
     }
-    void cleanup() {
-        m_home.reset();
-        m_runtime.reset();
-    }
+    void cleanup() { tearDownVault(); }
 
     void theMountDisappearsUnderTheApp() {
-        auto vault = newUnlockedVault();
-        const QString mount = root(*vault);
+        const QString mount = root();
         QVERIFY(writeFile(mount + "/kept.txt", "kept"));
-
-        const QUrl backup = QUrl::fromLocalFile(home("backup.7z"));
-        vault->backupVault(backup);
+        const QUrl backup = url(home("backup.7z"));
+        m_vault->backupVault(backup);
         const QByteArray goodBackup = readFile(backup.toLocalFile());
 
         // Unmounted from outside: the folder left behind is plain, and nothing may go there,
         // nor may an archive of it replace the last backup.
         QCOMPARE(platform::runProcess("/usr/bin/fusermount3", {"-u", mount.toStdString()}, {}).status, 0);
-        QCOMPARE(errorOf([&] { vault->backupVault(backup); }), "Vault not mounted.");
+        QCOMPARE(errorOf([&] { m_vault->backupVault(backup); }), "Vault not mounted.");
         QCOMPARE(readFile(backup.toLocalFile()), goodBackup);
         QVERIFY(!QFileInfo::exists(mount));
         QVERIFY(writeFile(home("next.txt"), "next"));
-        QCOMPARE(errorOf([&] { vault->addItem(QUrl::fromLocalFile(home("next.txt"))); }),
-                 "Vault not mounted.");
+        QCOMPARE(errorOf([&] { m_vault->addItem(url(home("next.txt"))); }), "Vault not mounted.");
         QCOMPARE(readFile(home("next.txt")), QByteArray("next"));
-        QVERIFY(!vault->isUnlocked());
+        QVERIFY(!m_vault->isUnlocked());
 
         // Its gocryptfs killed: the same, and the dead mount is cleared away.
-        vault->unlock("pw");
-        QCOMPARE(readFile(root(*vault) + "/kept.txt"), QByteArray("kept"));
-        for (const QString& pid : QDir("/proc").entryList(QDir::Dirs)) {
-            if (readFile("/proc/" + pid + "/cmdline").contains(QFile::encodeName(support())))
-                ::kill(pid.toInt(), SIGKILL);
-        }
-        QTRY_VERIFY(!QFileInfo(root(*vault) + "/kept.txt").exists());
-        QCOMPARE(errorOf([&] { vault->renameItem(QUrl::fromLocalFile(root(*vault) + "/kept.txt"), "x"); }),
-                 "Vault not mounted.");
+        m_vault->unlock("pw");
+        QCOMPARE(readFile(inVault("kept.txt")), QByteArray("kept"));
+        for (const int pid : testsupport::gocryptfsDaemonsServing(support()))
+            ::kill(pid, SIGKILL);
+        QTRY_VERIFY(!QFileInfo(inVault("kept.txt")).exists());
+        QCOMPARE(errorOf([&] { m_vault->renameItem(url(inVault("kept.txt")), "x"); }), "Vault not mounted.");
         QVERIFY(testsupport::mountsBelow(m_runtime->path()).isEmpty());
     }
 
@@ -140,46 +96,41 @@ private slots:
     void aFullFileSystemKeepsTheLastBackupAndThePassword() {
         if (::geteuid() != 0)
             QSKIP("needs root to mount a small file system");
+        m_vault->lock();
         testsupport::ScopedTmpfs small(support(), "size=2m");
         QVERIFY(small.mounted());
-        auto vault = newUnlockedVault();
-        QVERIFY(writeFile(root(*vault) + "/notes.txt", "notes"));
-        const QUrl backup = QUrl::fromLocalFile(support() + "/MorvantaVault-Backup.7z");
-        vault->backupVault(backup);
+        openVault(support());
+        QVERIFY(writeFile(inVault("notes.txt"), "notes"));
+        const QUrl backup = url(support() + "/MorvantaVault-Backup.7z");
+        m_vault->backupVault(backup);
         const QByteArray first = readFile(backup.toLocalFile());
-        fillUp(support());
+        testsupport::fillUp(support());
 
-        QVERIFY(errorOf([&] { vault->backupVault(backup); }).startsWith("IO failed: "));
+        QVERIFY(errorOf([&] { m_vault->backupVault(backup); }).startsWith("IO failed: "));
         QCOMPARE(readFile(backup.toLocalFile()), first);
         QCOMPARE(QDir(support()).entryList({"*.partial-*"}, QDir::Files | QDir::Hidden), QStringList());
-        const QString error = errorOf([&] { vault->changePassword("pw", "new password"); });
+        const QString error = errorOf([&] { m_vault->changePassword("pw", "new password"); });
         QVERIFY2(error.startsWith("IO failed: Password change failed: "), qPrintable(error));
-        QVERIFY(vault->isUnlocked());
-        QCOMPARE(readFile(root(*vault) + "/notes.txt"), QByteArray("notes"));
-        vault->lock();
+        QVERIFY(m_vault->isUnlocked());
+        QCOMPARE(readFile(inVault("notes.txt")), QByteArray("notes"));
+        m_vault->lock();
         QFile::remove(support() + "/filler");
-        vault->unlock("pw");
-        vault->lock();
+        m_vault->unlock("pw");
+        m_vault->lock();
     }
 
     void theToolKilledDuringAttachLeavesNothingOpen() {
-        {
-            auto vault = newUnlockedVault();
-            QVERIFY(writeFile(root(*vault) + "/inside.txt", "inside"));
-            vault->lock();
-        }
+        QVERIFY(writeFile(inVault("inside.txt"), "inside"));
+        m_vault->lock();
         for (const int delay : {0, 2, 5, 10, 20, 40}) {
             // The tool dies after `delay` ms, and with it the shell that stands for the app:
             // gocryptfs, its child, may or may not have mounted.
             VaultManager vault(support(), [delay](const QStringList& args, const auto& input, const auto&) {
                 QProcess tool;
                 tool.setChildProcessModifier([] { ::setpgid(0, 0); });
-                tool.start("/bin/sh", QStringList{"-c", "\"$0\" \"$@\"; exit $?",
-                                                  testsupport::fastToolPath()} +
-                                          args);
+                tool.start("/bin/sh", QStringList{"-c", "\"$0\" \"$@\"; exit $?", testsupport::fastToolPath()} + args);
                 tool.waitForStarted();
-                if (input)
-                    tool.write(input->toUtf8());
+                tool.write(input.value_or(QString()).toUtf8());
                 tool.closeWriteChannel();
                 QThread::msleep(delay);
                 ::kill(-pid_t(tool.processId()), SIGKILL);
@@ -190,33 +141,26 @@ private slots:
             });
             const QString error = errorOf([&] { vault.unlock("pw"); });
             QVERIFY(error == "Authentication failed." || vault.isUnlocked());
-
-            auto restarted = startApp();
-            QVERIFY2(testsupport::mountsBelow(m_runtime->path()).isEmpty(), qPrintable(QString::number(delay)));
-            restarted->unlock("pw");
-            QCOMPARE(readFile(root(*restarted) + "/inside.txt"), QByteArray("inside"));
-            restarted->lock();
+            restartAndUnlock();
+            QCOMPARE(readFile(inVault("inside.txt")), QByteArray("inside"));
+            m_vault->lock();
         }
     }
 
     void aTerminationSignalDuringAnAddLocksAndLosesNothing() {
-        newUnlockedVault()->lock();
         QVERIFY(writeFile(home("film.mkv"), QByteArray(16 << 20, 'f')));
-        auto driver = startDriver({"add-slowly", home("film.mkv")});
+        auto driver = startDriver({"add-held", home("film.mkv")});
         QVERIFY(driver);
         QVERIFY(driver->waitForReadyRead(10000));
         QCOMPARE(driver->readLine().trimmed(), "copying");
         ::kill(pid_t(driver->processId()), SIGTERM);
         QVERIFY(driver->waitForFinished(10000));
         QCOMPARE(driver->exitStatus(), QProcess::NormalExit);
-        // Locked on the way out, with the add rolled back.
+        // Locked on the way out (not by the next start), with the add rolled back.
         QVERIFY(testsupport::mountsBelow(m_runtime->path()).isEmpty());
         QCOMPARE(readFile(home("film.mkv")), QByteArray(16 << 20, 'f'));
-        auto restarted = startApp();
-        restarted->unlock("pw");
-        QCOMPARE(QDir(root(*restarted)).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden),
-                 QStringList());
-        restarted->lock();
+        restartAndUnlock();
+        QCOMPARE(QDir(root()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden), QStringList());
     }
 
     void theAppKilledAtEveryStepOfAnAddLosesNothing() {
@@ -224,7 +168,6 @@ private slots:
         for (int step = 0; step <= 8; ++step) {
             cleanup();
             init();
-            newUnlockedVault()->lock();
             QDir().mkpath(home("Letters/old"));
             QVERIFY(writeFile(home("Letters/old/1990.txt"), QByteArray(50000, 'l')));
             QVERIFY(writeFile(home("Letters/today.txt"), "today"));
@@ -233,51 +176,14 @@ private slots:
             QVERIFY(driver);
             driver->waitForFinished();
             QCOMPARE(driver->exitStatus(), QProcess::CrashExit);
-            verifyNothingLost(home("Letters"), files);
+            // Every file whole, where it was or in the vault.
+            restartAndUnlock();
+            const auto outside = treeOf(home("Letters")), inside = treeOf(inVault("Letters"));
+            for (auto it = files.cbegin(); it != files.cend(); ++it) {
+                const bool whole = outside.value(it.key()) == it.value() || inside.value(it.key()) == it.value();
+                QVERIFY2(!it.value().startsWith("file") || whole, qPrintable(it.key() + " was lost"));
+            }
         }
-    }
-
-    void theAppKilledDuringARenameLosesNothing() {
-        {
-            auto vault = newUnlockedVault();
-            QVERIFY(writeFile(home("Report"), "the report"));
-            vault->addItem(QUrl::fromLocalFile(home("Report")));
-            vault->lock();
-        }
-        auto driver = startDriver({"rename", "Report"});
-        QVERIFY(driver);
-        QThread::msleep(300);
-        ::kill(pid_t(driver->processId()), SIGKILL);
-        driver->waitForFinished();
-
-        auto restarted = startApp();
-        QVERIFY(!restarted->isUnlocked());
-        restarted->unlock("pw");
-        QVERIFY(registryReads(root(*restarted)));
-        QVERIFY(QDir(root(*restarted))
-                    .entryList({".morvanta-staging-*"}, QDir::AllEntries | QDir::Hidden)
-                    .isEmpty());
-        QCOMPARE(restarted->items().size(), 1);
-        QCOMPARE(readFile(root(*restarted) + '/' + restarted->items().first().name), QByteArray("the report"));
-        restarted->lock();
-    }
-
-    // Every printable character, controls other than a line feed, and near the length limit.
-    void longAndOddPasswordsWork() {
-        QString password = "\r\t" + QString(900, QChar(0x00e9));
-        for (char c = ' '; c <= '~'; ++c)
-            password += QLatin1Char(c);
-        auto vault = startApp();
-        vault->createVault(password);
-        vault->unlock(password);
-        QVERIFY(writeFile(root(*vault) + "/x.txt", "x"));
-        vault->backupVault(QUrl::fromLocalFile(home("backup.7z")));
-        vault->changePassword(password, password + "!");
-        vault->lock();
-        QCOMPARE(errorOf([&] { vault->unlock(password); }), "Authentication failed.");
-        vault->unlock(password + "!");
-        QCOMPARE(readFile(root(*vault) + "/x.txt"), QByteArray("x"));
-        vault->lock();
     }
 
     void processesThatHoldThePasswordKeepItToThemselves() {
@@ -293,11 +199,9 @@ private slots:
         QCOMPARE(::waitpid(child, &status, 0), child);
         QVERIFY(WIFEXITED(status) && WEXITSTATUS(status) == 0);
 
-        // The tool hardens itself too: its limits show while it waits for its input.
-        newUnlockedVault()->lock();
+        // The tool hardens itself too: its limits show while it waits for a password.
         QProcess tool;
-        tool.start(testsupport::shippedToolPath(),
-                   {"attach", "-stdinpass", "-plist", support() + "/vault.gocryptfs"});
+        tool.start(testsupport::shippedToolPath(), {"create", "-encryption", "AES-256", "-stdinpass", home("v")});
         QVERIFY(tool.waitForStarted());
         QTRY_VERIFY(readFile(QStringLiteral("/proc/%1/limits").arg(tool.processId()))
                         .simplified()
@@ -305,7 +209,6 @@ private slots:
         tool.closeWriteChannel();
         tool.waitForFinished();
     }
-
 };
 
 QTEST_GUILESS_MAIN(TestReliability)

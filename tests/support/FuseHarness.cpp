@@ -2,6 +2,7 @@
 
 #include "platform/Process.h"
 #include "platform/ToolLocation.h"
+#include "support/Trees.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -9,7 +10,6 @@
 #include <QFileInfo>
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace testsupport {
@@ -67,69 +67,52 @@ ScopedRuntimeDir::~ScopedRuntimeDir() {
 }
 
 QStringList mountsBelow(const QString& folder) {
-    QFile file(QStringLiteral("/proc/self/mountinfo"));
     QStringList found;
-    if (!file.open(QIODevice::ReadOnly))
-        return found;
     const QString prefix = QDir(folder).canonicalPath() + QLatin1Char('/');
-    for (const QByteArray& line : file.readAll().split('\n')) {
-        const QList<QByteArray> fields = line.split(' ');
-        if (fields.size() < 5)
-            continue;
-        QByteArray mountPoint = fields[4];
+    for (const QByteArray& line : readFile(QStringLiteral("/proc/self/mountinfo")).split('\n')) {
+        QByteArray mountPoint = line.split(' ').value(4);
         mountPoint.replace("\\040", " ").replace("\\011", "\t").replace("\\012", "\n").replace("\\134", "\\");
-        const QString path = QFile::decodeName(mountPoint);
-        if (path.startsWith(prefix))
+        if (const QString path = QFile::decodeName(mountPoint); path.startsWith(prefix))
             found.append(path);
     }
     return found;
 }
 
+// Every process with its command line and environment.
+void forEachProcess(const std::function<void(const QString& pid, const QByteArray& cmdline,
+                                             const QByteArray& environ)>& visit) {
+    for (const QString& pid : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
+        if (pid.toInt() > 0)
+            visit(pid, readFile("/proc/" + pid + "/cmdline"), readFile("/proc/" + pid + "/environ"));
+    }
+}
+
 QStringList processesHolding(const QByteArray& secret) {
     QStringList hits;
-    const QStringList pids = QDir(QStringLiteral("/proc")).entryList(QDir::Dirs);
-    for (const QString& pid : pids) {
-        if (pid.toInt() <= 0)
-            continue;
-        for (const char* what : {"cmdline", "environ"}) {
-            QFile file(QStringLiteral("/proc/%1/%2").arg(pid, QLatin1String(what)));
-            if (file.open(QIODevice::ReadOnly) && file.readAll().contains(secret))
-                hits.append(QStringLiteral("%1 (%2)").arg(pid, QLatin1String(what)));
-        }
-    }
+    forEachProcess([&](const QString& pid, const QByteArray& cmdline, const QByteArray& environ) {
+        if (cmdline.contains(secret) || environ.contains(secret))
+            hits.append(pid + ": " + QString::fromLocal8Bit(cmdline).replace(QChar(0), QChar(' ')));
+    });
     return hits;
 }
 
 QList<int> gocryptfsDaemonsServing(const QString& path) {
     QList<int> pids;
-    for (const QString& pid : QDir("/proc").entryList(QDir::Dirs)) {
-        QFile cmdline("/proc/" + pid + "/cmdline");
-        if (pid.toInt() > 0 && cmdline.open(QIODevice::ReadOnly)) {
-            const QByteArray line = cmdline.readAll();
-            if (line.startsWith("/usr/bin/gocryptfs") && line.contains(QFile::encodeName(path)))
-                pids.append(pid.toInt());
-        }
-    }
+    forEachProcess([&](const QString& pid, const QByteArray& cmdline, const QByteArray&) {
+        if (cmdline.startsWith("/usr/bin/gocryptfs") && cmdline.contains(QFile::encodeName(path)))
+            pids.append(pid.toInt());
+    });
     return pids;
 }
 
+// FIFOs and sockets are not listed, so that reading cannot block.
 QStringList filesHolding(const QString& folder, const QByteArray& secret) {
     QStringList hits;
     QDirIterator it(folder, QDir::Files | QDir::Hidden | QDir::NoSymLinks, QDirIterator::Subdirectories);
     while (it.hasNext()) {
-        const QString path = it.next();
-        // Regular files only, opened so that nothing can block: a FIFO anywhere would
-        // otherwise hang the scan.
-        const int fd = ::open(QFile::encodeName(path), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC);
-        struct stat info {};
-        QFile file;
-        if (fd >= 0 && ::fstat(fd, &info) == 0 && S_ISREG(info.st_mode) &&
-            file.open(fd, QIODevice::ReadOnly, QFile::AutoCloseHandle)) {
-            if (file.readAll().contains(secret))
-                hits.append(path);
-        } else if (fd >= 0) {
-            ::close(fd);
-        }
+        QFile file(it.next());
+        if (file.open(QIODevice::ReadOnly) && file.readAll().contains(secret))
+            hits.append(file.fileName());
     }
     return hits;
 }
