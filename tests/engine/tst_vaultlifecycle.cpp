@@ -17,7 +17,6 @@
 #include <QtEndian>
 
 #include <atomic>
-#include <csignal>
 #include <thread>
 
 class VaultManagerTestAccess {
@@ -252,36 +251,6 @@ private slots:
         vault->unlock(next);
         QCOMPARE(treeOf(mountPath(*vault)), treeOf(home("second")));
         vault->lock();
-    }
-
-    // A running instance's mount is left alone; one whose app is gone is detached at start,
-    // with the desktop's traces of it, even once its gocryptfs is gone too and the mount dead.
-    void aMountWhoseAppIsGoneIsDetachedAtStart() {
-        auto live = makeUnlockedVault();
-        makeVault();
-        QCOMPARE(mountsBelow(m_runtime->path()), QStringList{mountPath(*live)});
-        live->lock();
-
-        VaultManager crashed(m_support->path(), testsupport::orphanedToolRunner());
-        crashed.unlock("pw");
-        const QString mount = mountPath(crashed);
-        QVERIFY(writeFile(mount + "/kept.txt", "survives"));
-        const QByteArray seen = QUrl::fromLocalFile(mount + "/kept.txt").toEncoded();
-        QVERIFY(QDir().mkpath(home(".local/share")));
-        QVERIFY(writeFile(home(".local/share/recently-used.xbel"),
-                          "<xbel version=\"1.0\"><bookmark href=\"" + seen + "\"/></xbel>"));
-        for (const int pid : testsupport::gocryptfsDaemonsServing(m_support->path()))
-            ::kill(pid, SIGKILL);
-        QTRY_VERIFY(testsupport::gocryptfsDaemonsServing(m_support->path()).isEmpty());
-
-        auto restarted = makeVault();
-        QVERIFY(!restarted->isUnlocked());
-        QVERIFY(mountsBelow(m_runtime->path()).isEmpty());
-        QVERIFY(!QFileInfo::exists(mount));
-        QVERIFY(!readFile(home(".local/share/recently-used.xbel")).contains(seen));
-        restarted->unlock("pw");
-        QCOMPARE(readFile(mountPath(*restarted) + "/kept.txt"), QByteArray("survives"));
-        restarted->lock();
     }
 };
 

@@ -4,6 +4,7 @@
 #include "engine/VaultManager.h"
 #include "support/Errors.h"
 #include "support/RecordingRunner.h"
+#include "support/Trees.h"
 
 #include <QDir>
 #include <QSignalSpy>
@@ -19,7 +20,9 @@ using Call = RecordingRunner::Call;
 using Case = VaultError::Case;
 using Error = std::optional<Case>;
 using Replies = QList<HDIUtilResult>;
+using testsupport::readFile;
 using testsupport::thrownBy;
+using testsupport::writeFile;
 
 const QString kMount = QStringLiteral("/run/user/1000/morvanta/MorvantaVault");
 const HDIUtilResult kOk{0, {}, {}};
@@ -71,7 +74,8 @@ private slots:
     }
 
     // Without an image nothing runs; with one, of its mounts only those whose app is gone or
-    // unknown are detached: never another image's, never a running first instance's.
+    // unknown are detached, with the desktop's memory of them: never another image's, never a
+    // running first instance's.
     void startingDetachesOnlyMountsLeftByAnAppThatIsGone() {
         VaultManager fresh(supportDir(), m_tool.runner());
         QVERIFY(QFileInfo(supportDir()).isDir() && !fresh.vaultExists());
@@ -90,7 +94,13 @@ private slots:
                                entry(supportDir() + "/./vault.gocryptfs", "/run/crashed", "<key>owner-alive</key><false/>") +
                                entry(image(), "/run/unknown", {}) + "</array></dict></plist>",
                            {}}};
+        qputenv("XDG_DATA_HOME", QFile::encodeName(m_dir.path()));
+        QVERIFY(writeFile(m_dir.filePath("recently-used.xbel"), "<xbel version=\"1.0\"><bookmark href=\"file:///run/"
+                                                                 "live/a\"/><bookmark href=\"file:///run/crashed/b\"/></xbel>"));
         VaultManager vault(supportDir(), m_tool.runner());
+        qunsetenv("XDG_DATA_HOME");
+        const QByteArray recent = readFile(m_dir.filePath("recently-used.xbel"));
+        QVERIFY2(recent.contains("/run/live/a") && !recent.contains("crashed"), recent.constData());
         QCOMPARE(m_tool.calls, (QList<Call>{{{"info", "-plist"}, std::nullopt},
                                             {{"detach", "-force", "/run/crashed"}, std::nullopt},
                                             {{"detach", "-force", "/run/unknown"}, std::nullopt}}));

@@ -185,6 +185,8 @@ private slots:
 
         const auto info = tool({"info", "-plist"});
         QCOMPARE(parseAttachedMountPoints(QString::fromStdString(info.out), image()), QStringList{mount});
+        // Attached for this process, which runs: not a mount whose app has gone.
+        QCOMPARE(parseStaleMountPoints(QString::fromStdString(info.out), image()), QStringList());
         // A second vault of the same volume name mounts apart.
         QCOMPARE(tool(RecordingRunner::createArgs(image("two.gocryptfs")), "pw").status, 0);
         const QString second = attachedAt(tool({"attach", "-stdinpass", "-plist", image("two.gocryptfs")}, "pw"));

@@ -40,14 +40,6 @@ HDIUtilRunner fastToolRunner() {
     };
 }
 
-HDIUtilRunner orphanedToolRunner() {
-    return [](const QStringList& args, const std::optional<QString>& stdinText, const HDIUtilOutputLine& onLine) {
-        // Not the last command, so the shell forks the tool rather than becoming it.
-        const QStringList script{"-c", "\"$0\" \"$@\"; exit $?", fastToolPath()};
-        return runHDIUtilProgram(QStringLiteral("/bin/sh"), script + args, stdinText, onLine);
-    };
-}
-
 ScopedRuntimeDir::ScopedRuntimeDir()
     : m_previous(qgetenv("XDG_RUNTIME_DIR")), m_hadPrevious(qEnvironmentVariableIsSet("XDG_RUNTIME_DIR")) {
     QFile::setPermissions(m_dir.path(), QFileDevice::ReadOwner | QFileDevice::WriteOwner |

@@ -17,9 +17,6 @@ QString fuseUnavailableReason();
 QString shippedToolPath();
 QString fastToolPath();
 HDIUtilRunner fastToolRunner();
-// The cheap-key tool started by a shell that ends with it: what it attaches belongs to a
-// process that is gone, as after a crash of the app.
-HDIUtilRunner orphanedToolRunner();
 
 // A test's own runtime folder, so that its mounts live apart from everything else; it is
 // put back, and anything still mounted in it unmounted, when the test ends.
