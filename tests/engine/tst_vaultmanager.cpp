@@ -118,8 +118,9 @@ private slots:
         QCOMPARE(published(*vault), "locked");
         QDir().mkpath(image()); // as the tool would have
         m_tool.replies = {RecordingRunner::attached(kMount)};
+        vault->setIdleTimeoutSeconds(0); // turns the automatic lock off
         vault->unlock(password);
-
+        QVERIFY(!idleLockPending(*vault));
         QCOMPARE(m_tool.calls, (QList<Call>{{RecordingRunner::createArgs(image()), password},
                                             {attachArgs(image()), password}}));
         QCOMPARE(published(*vault), "open at " + kMount);
