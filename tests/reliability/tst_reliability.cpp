@@ -1,4 +1,4 @@
-// Morvanta under faults (full file systems, a tool or the whole app killed part-way, a mount
+// Morvanta under faults (full file systems, the app killed or terminated part-way, a mount
 // that disappears), and with its secrets. After each fault, nothing of the user's is lost
 // (every file is whole at its place or in the vault, byte for byte), the registry still
 // reads, and the app starts locked.
@@ -13,7 +13,6 @@
 #include <QJsonDocument>
 #include <QProcess>
 #include <QTest>
-#include <QThread>
 
 #include <csignal>
 #include <sys/prctl.h>
@@ -117,34 +116,6 @@ private slots:
         QFile::remove(support() + "/filler");
         m_vault->unlock("pw");
         m_vault->lock();
-    }
-
-    void theToolKilledDuringAttachLeavesNothingOpen() {
-        QVERIFY(writeFile(inVault("inside.txt"), "inside"));
-        m_vault->lock();
-        for (const int delay : {0, 2, 5, 10, 20, 40}) {
-            // The tool dies after `delay` ms, and with it the shell that stands for the app:
-            // gocryptfs, its child, may or may not have mounted.
-            VaultManager vault(support(), [delay](const QStringList& args, const auto& input, const auto&) {
-                QProcess tool;
-                tool.setChildProcessModifier([] { ::setpgid(0, 0); });
-                tool.start("/bin/sh", QStringList{"-c", "\"$0\" \"$@\"; exit $?", testsupport::fastToolPath()} + args);
-                tool.waitForStarted();
-                tool.write(input.value_or(QString()).toUtf8());
-                tool.closeWriteChannel();
-                QThread::msleep(delay);
-                ::kill(-pid_t(tool.processId()), SIGKILL);
-                tool.waitForFinished();
-                return HDIUtilResult{tool.exitStatus() == QProcess::CrashExit ? 128 + SIGKILL : tool.exitCode(),
-                                     QString::fromUtf8(tool.readAllStandardOutput()),
-                                     QString::fromUtf8(tool.readAllStandardError())};
-            });
-            const QString error = errorOf([&] { vault.unlock("pw"); });
-            QVERIFY(error == "Authentication failed." || vault.isUnlocked());
-            restartAndUnlock();
-            QCOMPARE(readFile(inVault("inside.txt")), QByteArray("inside"));
-            m_vault->lock();
-        }
     }
 
     void aTerminationSignalDuringAnAddLocksAndLosesNothing() {
