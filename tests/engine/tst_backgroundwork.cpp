@@ -1,7 +1,5 @@
-// Work off the window's thread on a real vault: the window's thread keeps running while a
-// move is under way, progress arrives in order, and a cancel or a lock stops the move with
-// every byte where it was. A file layer that holds the copy after its first chunk until the
-// test lets it go makes each moment certain, without timing.
+// Work off the window's thread on a real vault. A file layer that holds the work at its
+// first chunk until the test lets it go makes each moment certain, without timing.
 
 #include "platform/Process.h"
 #include "support/GatedFileLayer.h"

@@ -40,8 +40,7 @@ HDIUtilRunner fastToolRunner() {
     };
 }
 
-ScopedRuntimeDir::ScopedRuntimeDir()
-    : m_previous(qgetenv("XDG_RUNTIME_DIR")), m_hadPrevious(qEnvironmentVariableIsSet("XDG_RUNTIME_DIR")) {
+ScopedRuntimeDir::ScopedRuntimeDir() : m_previous(qgetenv("XDG_RUNTIME_DIR")) {
     QFile::setPermissions(m_dir.path(), QFileDevice::ReadOwner | QFileDevice::WriteOwner |
                                             QFileDevice::ExeOwner);
     qputenv("XDG_RUNTIME_DIR", QFile::encodeName(m_dir.path()));
@@ -52,10 +51,10 @@ ScopedRuntimeDir::~ScopedRuntimeDir() {
     for (const QString& mountPoint : mountsBelow(m_dir.path()))
         platform::runProcess("/usr/bin/fusermount3", {"-u", "-z", mountPoint.toStdString()},
                              std::nullopt);
-    if (m_hadPrevious)
-        qputenv("XDG_RUNTIME_DIR", m_previous);
-    else
+    if (m_previous.isNull())
         qunsetenv("XDG_RUNTIME_DIR");
+    else
+        qputenv("XDG_RUNTIME_DIR", m_previous);
 }
 
 QStringList mountsBelow(const QString& folder) {

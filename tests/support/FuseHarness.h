@@ -28,8 +28,7 @@ public:
 
 private:
     QTemporaryDir m_dir;
-    QByteArray m_previous;
-    bool m_hadPrevious;
+    QByteArray m_previous; // null when there was none
 };
 
 // Mount points currently in the mount table below `folder`.
