@@ -34,10 +34,9 @@ std::vector<std::string> toStd(const QStringList& list) {
     return out;
 }
 
-// Runs the tool (the cheap-key build unless told otherwise) with raw standard-input bytes.
-platform::ProcessResult tool(const QStringList& args, std::optional<std::string_view> input = {},
-                             const QString& program = testsupport::fastToolPath()) {
-    return platform::runProcess(program.toStdString(), toStd(args), input);
+// Runs the cheap-key build of the tool with raw standard-input bytes.
+platform::ProcessResult tool(const QStringList& args, std::optional<std::string_view> input = {}) {
+    return platform::runProcess(testsupport::fastToolPath().toStdString(), toStd(args), input);
 }
 
 QString attachedAt(const platform::ProcessResult& run) {

@@ -1,11 +1,8 @@
-// A stand-in for the application, for tests that kill it part-way: it opens the vault in
-// SUPPORT with the password "pw" through the cheap-key tool, prints "ready", then carries out
-// one job.
-//   engine-driver SUPPORT add PATH N    add PATH, dying (SIGKILL) just before the N-th file
-//                                       operation (0 = the first), or just after the
-//                                       original's removal when N is past it
-//   engine-driver SUPPORT add-held PATH add PATH off the main thread, holding its copy once
-//                                       under way ("copying"), and quit on SIGTERM as the app does
+// A stand-in for the app, for tests that kill it part-way: it opens the vault in SUPPORT
+// with the password "pw", prints "ready", then adds PATH. With N it dies (SIGKILL) just before
+// the N-th file operation (0 = the first), or just after the original's removal when N is past
+// it; with add-held it holds the copy once under way ("copying") and quits on SIGTERM as the
+// app does.    engine-driver SUPPORT add PATH N  |  engine-driver SUPPORT add-held PATH
 
 #include "engine/VaultManager.h"
 #include "platform/QuitSignals.h"
