@@ -65,16 +65,13 @@ int extractBackup(const QString& file, const QString& into, const QByteArray& pa
         .status;
 }
 
-// A minimal PNG with one text chunk of the given type holding Thumb::URI, as thumbnailers
-// other than Qt write it. (Chunk checksums are not checked by what reads it here.)
+// The start of a PNG, up to a text chunk of the given type holding Thumb::URI, as thumbnailers
+// other than Qt write it: all that is read of it. (Its checksum is not checked.)
 QByteArray pngWithText(const QByteArray& type, const QByteArray& value) {
-    const auto chunk = [](const QByteArray& kind, const QByteArray& data) {
-        QByteArray bytes(4, '\0');
-        qToBigEndian<quint32>(quint32(data.size()), bytes.data());
-        return bytes + kind + data + QByteArray(4, '\0');
-    };
-    return QByteArray("\x89PNG\r\n\x1a\n", 8) + chunk("IHDR", QByteArray(13, '\1')) +
-           chunk(type, QByteArray("Thumb::URI\0", 11) + value) + chunk("IEND", {});
+    const QByteArray data = QByteArray("Thumb::URI\0", 11) + value;
+    QByteArray length(4, '\0');
+    qToBigEndian<quint32>(quint32(data.size()), length.data());
+    return QByteArray("\x89PNG\r\n\x1a\n", 8) + length + type + data + QByteArray(4, '\0');
 }
 
 } // namespace
