@@ -99,8 +99,7 @@ private slots:
         qputenv("HOME", QFile::encodeName(m_support->path()));
         for (const char* variable : {"XDG_CACHE_HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME"})
             qunsetenv(variable);
-        m_tool = RecordingRunner{};
-        m_tool.passThrough = testsupport::fastToolRunner();
+        m_tool = RecordingRunner{{}, {}, testsupport::fastToolRunner()};
     }
     void cleanup() {
         qputenv("HOME", m_realHome);

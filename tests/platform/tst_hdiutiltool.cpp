@@ -19,6 +19,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <ranges>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -28,10 +29,8 @@ using namespace std::literals;
 namespace {
 
 std::vector<std::string> toStd(const QStringList& list) {
-    std::vector<std::string> out;
-    std::transform(list.begin(), list.end(), std::back_inserter(out),
-                   [](const QString& s) { return s.toStdString(); });
-    return out;
+    const auto strings = list | std::views::transform(&QString::toStdString);
+    return {strings.begin(), strings.end()};
 }
 
 // Runs the cheap-key build of the tool with raw standard-input bytes.
@@ -125,7 +124,6 @@ private slots:
             QVERIFY2(name.find_first_of(" ,\n\\=") == std::string::npos, name.c_str());
             QCOMPARE(imageForFsName(name), path);
         }
-        QVERIFY(fsNameForImage("/a,b") != fsNameForImage("/a%2Cb"));
         QCOMPARE(imageForFsName("morvanta:/cut%4"), std::nullopt);
         const std::vector<MountEntry> mounts = parseMountInfo(
             "41 26 0:38 / /run/user/0/morvanta/My\\040Vault rw - fuse.gocryptfs " + fsNameForImage("/v") +
@@ -276,7 +274,6 @@ private slots:
             QCOMPARE(kindOf(to), before);
             QCOMPARE(QDir(m_dir->path()).entryList({"*.partial-*"}), QStringList());
         }
-        tool({"detach", mount});
     }
 };
 

@@ -7,7 +7,6 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
-#include <QFileInfo>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -40,9 +39,8 @@ HDIUtilRunner fastToolRunner() {
     };
 }
 
+// A temporary folder is private (0700), as a runtime folder must be.
 ScopedRuntimeDir::ScopedRuntimeDir() : m_previous(qgetenv("XDG_RUNTIME_DIR")) {
-    QFile::setPermissions(m_dir.path(), QFileDevice::ReadOwner | QFileDevice::WriteOwner |
-                                            QFileDevice::ExeOwner);
     qputenv("XDG_RUNTIME_DIR", QFile::encodeName(m_dir.path()));
 }
 
