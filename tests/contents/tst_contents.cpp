@@ -14,6 +14,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QRegularExpression>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <sys/stat.h>
@@ -73,7 +74,8 @@ private slots:
     void cleanup() { tearDownVault(); }
 
     // Seen from below the file code on the way: the file systems actually flushed before an
-    // original goes, not just that a flush was asked for.
+    // original goes, not just that a flush was asked for. And an added original leaves no
+    // trace among the desktop's recent files.
     void itemsGoInAndComeBackOut() {
         static QList<dev_t> flushed;
         flushed.clear();
@@ -81,7 +83,18 @@ private slots:
             flushed.append(deviceOf(fd));
             return ::syncfs(fd);
         };
-        const auto undo = qScopeGuard([] { platform::sys::syncfs = ::syncfs; });
+        QTemporaryDir desktop;
+        qputenv("XDG_DATA_HOME", QFile::encodeName(desktop.path()));
+        const auto undo = qScopeGuard([] {
+            platform::sys::syncfs = ::syncfs;
+            qunsetenv("XDG_DATA_HOME");
+        });
+        const QByteArray href = url(home("Docs/Report.pdf")).toEncoded();
+        QVERIFY(writeFile(desktop.filePath("recently-used.xbel"),
+                          "<?xml version=\"1.0\"?>\n<xbel version=\"1.0\"><bookmark href=\"" + href +
+                              "\" added=\"2026-01-01T00:00:00Z\"><info/></bookmark></xbel>"));
+        QVERIFY(writeFile(home("victim"), "keep"));
+        QVERIFY(QFile::link(home("victim"), inVault(".morvanta-origins.json.partial")));
         auto files = std::make_shared<RecordingFileLayer>();
         QList<dev_t> flushedFirst;
         files->beforeEach = [&](const QString& call) {
@@ -107,7 +120,14 @@ private slots:
         QVERIFY(calls.mid(named, removed - named).contains("flush " + m_vault->bundlePath()));
         QVERIFY(flushedFirst.contains(deviceOf(inVault({}))));
         QVERIFY(flushedFirst.contains(deviceOf(m_vault->bundlePath())));
+        QVERIFY(!readFile(desktop.filePath("recently-used.xbel")).contains(href));
+        // The registry is replaced whole, never rewritten in place (nor through a planted
+        // link): one opened before an add still reads as it was.
+        QFile registryBefore(inVault(".morvanta-origins.json"));
+        QVERIFY(registryBefore.open(QIODevice::ReadOnly));
         m_vault->addItem(url(home("Docs/" + taxes)));
+        QCOMPARE(QJsonDocument::fromJson(registryBefore.readAll()).object().keys(), QStringList{"Report.pdf"});
+        QCOMPARE(readFile(home("victim")), "keep");
         QVERIFY(treeOf(home("Docs")).isEmpty());
         QCOMPARE(registry(), (QMap<QString, QString>{{"Report.pdf", home("Docs/Report.pdf")},
                                                      {taxes, home("Docs/" + taxes)}}));
@@ -190,16 +210,17 @@ private slots:
         QCOMPARE(readFile(home("Notes.txt")), "a second one");
     }
 
-    // A damaged registry counts as empty, and the next change rewrites it with what it knew.
+    // A damaged registry counts as empty, and the next change rewrites it, private, with
+    // what it knew.
     void registryReadRule_data() {
         QTest::addColumn<QByteArray>("file");
         QTest::addColumn<QStringList>("names");
-        QTest::newRow("not JSON") << QByteArray("not json") << QStringList{};
-        QTest::newRow("a number among texts") << QByteArray("{\"a\":\"/x/a\",\"b\":2}") << QStringList{};
+        QTest::newRow("not JSON") << QByteArray("not json") << QStringList{"new.txt"};
+        QTest::newRow("a number among texts") << QByteArray("{\"a\":\"/x/a\",\"b\":2}") << QStringList{"new.txt"};
         QTest::newRow("escaped slashes") << QByteArray("{\"a.txt\":\"\\/home\\/u\\/a.txt\"}")
-                                         << QStringList{"a.txt"};
+                                         << QStringList{"a.txt", "new.txt"};
         QTest::newRow("case matters") << QByteArray("{\"Photo.JPG\":\"/p/Photo.JPG\",\"photo.jpg\":\"/q/photo.jpg\"}")
-                                      << QStringList{"Photo.JPG", "photo.jpg"};
+                                      << QStringList{"Photo.JPG", "new.txt", "photo.jpg"};
     }
     void registryReadRule() {
         QFETCH(QByteArray, file);
@@ -209,11 +230,8 @@ private slots:
             QCOMPARE(m_vault->restoreFolder(url(inVault("a.txt"))), "/home/u");
         QVERIFY(writeFile(home("new.txt"), "n"));
         m_vault->addItem(url(home("new.txt")));
-        names.append("new.txt");
-        names.sort();
         QCOMPARE(registry().keys(), names);
-        QCOMPARE(QFileInfo(inVault(".morvanta-origins.json")).permissions() & 0x0077,
-                 QFileDevice::Permissions());
+        QCOMPARE(QFileInfo(inVault(".morvanta-origins.json")).permissions() & 0x0077, QFileDevice::Permissions());
     }
 };
 
