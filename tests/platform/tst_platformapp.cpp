@@ -44,14 +44,12 @@ private slots:
     void disguiseSettingPersistsAndAnnouncesChanges() {
         QTemporaryDir dir;
         const QString path = dir.filePath("Morvanta.conf");
-        {
-            platform::Settings settings(std::make_unique<QSettings>(path, QSettings::IniFormat));
-            QCOMPARE(settings.disguiseMode(), "none");
-            QSignalSpy changed(&settings, &platform::Settings::disguiseModeChanged);
-            settings.setDisguiseMode("math");
-            settings.setDisguiseMode("math");
-            QCOMPARE(changed.count(), 1);
-        }
+        platform::Settings settings(std::make_unique<QSettings>(path, QSettings::IniFormat));
+        QCOMPARE(settings.disguiseMode(), "none");
+        QSignalSpy changed(&settings, &platform::Settings::disguiseModeChanged);
+        settings.setDisguiseMode("math");
+        settings.setDisguiseMode("math");
+        QCOMPARE(changed.count(), 1);
         QCOMPARE(QSettings(path, QSettings::IniFormat).value("disguiseMode").toString(), "math");
     }
 
@@ -83,13 +81,11 @@ private slots:
         QTRY_COMPARE(woken.count(), 1);
 
         // A socket file nobody listens on, as a killed launch leaves it, is taken over.
-        QString stale;
-        {
-            platform::SingleInstance crashed(QStringLiteral("morvanta-crashed"));
-            stale = crashed.socketPath();
-        }
+        const QString stale = platform::SingleInstance(QStringLiteral("crashed")).socketPath();
         QVERIFY(testsupport::writeFile(stale, {}));
-        QVERIFY(platform::SingleInstance(QStringLiteral("morvanta-crashed")).isPrimary());
+        platform::SingleInstance restarted(QStringLiteral("crashed"));
+        QVERIFY(restarted.isPrimary());
+        QVERIFY(!platform::SingleInstance(QStringLiteral("crashed")).isPrimary());
     }
 
     // `morvanta --lock` in a second process: the running instance locks its real vault and

@@ -31,11 +31,6 @@ class FakeLogind : public QObject {
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.login1.Manager")
 
 public:
-    ~FakeLogind() override {
-        if (m_readEnd >= 0)
-            ::close(m_readEnd);
-    }
-
     QStringList inhibitRequests() const {
         QMutexLocker locker(&m_mutex);
         return m_requests;
@@ -43,7 +38,7 @@ public:
     // Whether the holder still holds the last inhibitor handed out.
     bool inhibitorHeld() const {
         QMutexLocker locker(&m_mutex);
-        pollfd fd{m_readEnd, POLLIN, 0};
+        pollfd fd{m_readEnd.fileDescriptor(), POLLIN, 0};
         return ::poll(&fd, 1, 0) == 0;
     }
 
@@ -55,11 +50,9 @@ public slots:
         int fds[2];
         if (::pipe(fds) != 0)
             return {};
-        if (m_readEnd >= 0)
-            ::close(m_readEnd);
-        m_readEnd = fds[0];
-        QDBusUnixFileDescriptor handed(fds[1]); // a copy; ours is closed at once
-        ::close(fds[1]);
+        m_readEnd.giveFileDescriptor(fds[0]);
+        QDBusUnixFileDescriptor handed;
+        handed.giveFileDescriptor(fds[1]);
         return handed;
     }
     QDBusObjectPath GetSessionByPID(uint) { return QDBusObjectPath(kSessionPath); }
@@ -67,7 +60,7 @@ public slots:
 private:
     mutable QMutex m_mutex;
     QStringList m_requests;
-    int m_readEnd = -1;
+    QDBusUnixFileDescriptor m_readEnd;
 };
 
 } // namespace
@@ -91,11 +84,6 @@ class TestSessionWatcher : public QObject {
         if (argument.isValid())
             message << argument;
         QVERIFY(connection("logind").send(message));
-    }
-    void unlock(VaultManager& vault) {
-        m_tool.replies = {RecordingRunner::attached("/run/m")};
-        vault.unlock("pw");
-        QVERIFY(vault.isUnlocked());
     }
 
 private slots:
@@ -129,8 +117,12 @@ private slots:
                  QStringList{"sleep|Morvanta|Lock the vault before sleeping|delay"});
         QVERIFY(m_logind.inhibitorHeld());
 
+        const auto unlock = [&] {
+            m_tool.replies = {RecordingRunner::attached("/run/m")};
+            vault.unlock("pw");
+        };
         // The machine sleeps only once the vault is locked, and is ready for the next sleep.
-        unlock(vault);
+        unlock();
         bool heldWhenLocked = false;
         QObject::connect(&vault, &VaultManager::isUnlockedChanged, this,
                          [&] { heldWhenLocked = m_logind.inhibitorHeld(); });
@@ -156,12 +148,11 @@ private slots:
                      {"/org/freedesktop/login1/session/_9", "org.freedesktop.login1.Session", "Lock", {}, false},
                      {"/org/freedesktop/ScreenSaver", "org.freedesktop.ScreenSaver", "ActiveChanged", false, false}};
         for (const auto& c : cases) {
-            unlock(vault);
+            unlock();
+            QVERIFY(vault.isUnlocked());
             emitSignal(c.path, c.interface, c.name, c.active);
-            if (c.locks)
-                QTRY_VERIFY2(!vault.isUnlocked(), qPrintable(c.path));
             QTest::qWait(50);
-            QVERIFY2(vault.isUnlocked() != c.locks, qPrintable(c.path));
+            QTRY_VERIFY2(vault.isUnlocked() != c.locks, qPrintable(c.path));
         }
     }
 };
