@@ -28,10 +28,6 @@ using testsupport::writeFile;
 
 namespace {
 
-dev_t deviceOf(int fd) {
-    struct stat info {};
-    return ::fstat(fd, &info) == 0 ? info.st_dev : 0;
-}
 dev_t deviceOf(const QString& path) {
     struct stat info {};
     return ::stat(QFile::encodeName(path), &info) == 0 ? info.st_dev : 0;
@@ -49,12 +45,6 @@ class TestContents : public VaultTestCase {
         for (auto it = json.begin(); it != json.end(); ++it)
             origins.insert(it.key(), it.value().toString());
         return origins;
-    }
-    QStringList listedNames() const {
-        QStringList names;
-        for (const VaultItem& item : m_vault->items())
-            names.append(item.name);
-        return names;
     }
     // Both sides as the user sees them: the home folder, and the vault's plain view of itself.
     QMap<QString, QByteArray> bothSides() const {
@@ -80,7 +70,7 @@ private slots:
         static QList<dev_t> flushed;
         flushed.clear();
         platform::sys::syncfs = [](int fd) {
-            flushed.append(deviceOf(fd));
+            flushed.append(deviceOf(QString("/proc/self/fd/%1").arg(fd)));
             return ::syncfs(fd);
         };
         QTemporaryDir desktop;

@@ -216,10 +216,7 @@ private slots:
         }
         // The vault lists all it holds, no staging copy is left anywhere, and the vault knows
         // the way back of exactly the item it holds whole.
-        QStringList listed;
-        for (const VaultItem& item : m_vault->items())
-            listed.append(item.name);
-        QCOMPARE(vaultEntries(), listed);
+        QCOMPARE(vaultEntries(), listedNames());
         const QString outside = add ? source : destination;
         QCOMPARE(QDir(QFileInfo(outside).path()).entryList(QDir::AllEntries | QDir::Hidden).filter("staging"),
                  QStringList());
