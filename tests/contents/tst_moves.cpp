@@ -25,11 +25,7 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
-using testsupport::Detail;
-using testsupport::errorOf;
-using testsupport::readFile;
-using testsupport::treeOf;
-using testsupport::writeFile;
+using namespace testsupport;
 
 namespace {
 
@@ -121,9 +117,9 @@ private slots:
         // Left part-way, the copy's folders have times of their own.
         const Detail detail = refused || left.isEmpty() ? Detail::Everything : Detail::Content;
         const QString usb = home("Place/Photos/usb");
-        std::unique_ptr<testsupport::ScopedTmpfs> tmpfs;
+        std::unique_ptr<ScopedTmpfs> tmpfs;
         const auto mountTmpfs = [&](const QString& at, const QByteArray& options) {
-            tmpfs = std::make_unique<testsupport::ScopedTmpfs>(home(at), options);
+            tmpfs = std::make_unique<ScopedTmpfs>(home(at), options);
             return tmpfs->mounted();
         };
         const auto undo = qScopeGuard([&] {
@@ -170,7 +166,7 @@ private slots:
                     writeFile(source + '/' + name, "saved meanwhile");
             }
             if (plant.endsWith("registry") && call == "flush " + destination) { // named, not yet recorded
-                testsupport::fillUp(home("small"));
+                fillUp(home("small"));
                 for (int i = 0; plant.contains("nr_inodes") && writeFile(home("small/%1").arg(i), {}); ++i) {
                 }
             }
@@ -236,8 +232,7 @@ private slots:
                                     inVault({}), m_runtime->path(), support + "/../.support/./vault.gocryptfs",
                                     QString("/"), QString("/usr/bin"), QString("/usr/../etc/passwd"),
                                     QDir::homePath()}) {
-            const QString message = errorOf([&] { m_vault->addItem(url(path)); });
-            QVERIFY2(message.contains("protected system item"), qPrintable(path + ": " + message));
+            QVERIFY2(errorOf([&] { m_vault->addItem(url(path)); }).contains("protected system item"), qPrintable(path));
         }
         QCOMPARE(treeOf(support), before);
         QCOMPARE(vaultEntries(), QStringList{"inside.txt"});
