@@ -16,9 +16,6 @@
 #include <QProcess>
 #include <QTest>
 
-#include <fcntl.h>
-#include <linux/fs.h>
-#include <sys/ioctl.h>
 #include <sys/fsuid.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
@@ -28,14 +25,6 @@
 using namespace testsupport;
 
 namespace {
-
-bool setFileFlags(const QString& path, int flags) {
-    const int fd = ::open(QFile::encodeName(path), O_RDONLY | O_NOFOLLOW);
-    const bool done = fd >= 0 && ::ioctl(fd, FS_IOC_SETFLAGS, &flags) == 0;
-    if (fd >= 0)
-        ::close(fd);
-    return done;
-}
 
 // user::rw- user:1000:r-- group::r-- mask::r-- other::r--
 const QByteArray kAcl = QByteArray::fromHex("0200000001000600ffffffff02000400e803000004000400ffffff"
@@ -124,7 +113,7 @@ private slots:
         };
         const auto undo = qScopeGuard([&] {
             platform::sys::close = ::close;
-            setFileFlags(home("Place/Photos/2024/a.jpg"), 0);
+            QProcess::execute("chattr", {"-f", "-i", home("Place/Photos/2024/a.jpg")});
             ::umount2(QFile::encodeName(usb), MNT_DETACH);
             if (m_vault->isUnlocked()) // before its file system goes
                 m_vault->lock();
@@ -145,7 +134,7 @@ private slots:
         if (plant == "pipe")
             QVERIFY(::mkfifo(QFile::encodeName(home("Place/Photos/pipe")), 0600) == 0);
         if (plant == "immutable")
-            QVERIFY(setFileFlags(home("Place/Photos/2024/a.jpg"), FS_IMMUTABLE_FL));
+            QCOMPARE(QProcess::execute("chattr", {"+i", home("Place/Photos/2024/a.jpg")}), 0);
         QString source = plant == "the item is a drive" ? usb : home("Place/Photos");
         QString destination = inVault(QFileInfo(source).fileName());
         const auto before = treeOf(source, detail);
