@@ -57,6 +57,7 @@ class TestMoves : public VaultTestCase {
         names.removeAll(".morvanta-origins.json");
         return names;
     }
+    static QString helper() { return QCoreApplication::applicationDirPath() + "/morvanta-remove-original"; }
 
 private slots:
     void init() {
@@ -207,8 +208,7 @@ private slots:
                  QStringList());
         QCOMPARE(m_vault->restoreFolder(url(inVault(QFileInfo(outside).fileName()))),
                  add != refused ? std::optional(QFileInfo(outside).path()) : std::nullopt);
-        const QString helper = QCoreApplication::applicationDirPath() + "/morvanta-remove-original";
-        QCOMPARE(m_elevations, (plant == "read-only" ? QList<QStringList>{{"/usr/bin/pkexec", helper, source}}
+        QCOMPARE(m_elevations, (plant == "read-only" ? QList<QStringList>{{"/usr/bin/pkexec", helper(), source}}
                                                      : QList<QStringList>()));
     }
 
@@ -220,9 +220,8 @@ private slots:
         for (const QString& path : {support, support + "/vault.gocryptfs", home(), inVault("inside.txt"),
                                     inVault({}), m_runtime->path(), support + "/../.support/./vault.gocryptfs",
                                     QString("/"), QString("/usr/bin"), QString("/usr/../etc/passwd"),
-                                    QDir::homePath()}) {
+                                    QDir::homePath()})
             QVERIFY2(errorOf([&] { m_vault->addItem(url(path)); }).contains("protected system item"), qPrintable(path));
-        }
         QCOMPARE(treeOf(support), before);
         QCOMPARE(vaultEntries(), QStringList{"inside.txt"});
         QVERIFY(QFile::link(support, home("shortcut")));
@@ -231,12 +230,7 @@ private slots:
         QVERIFY(QFileInfo(support + "/vault.gocryptfs/gocryptfs.conf").isFile());
 
         // Nor by the administrator's helper, whatever it is handed.
-        QProcess helper;
-        helper.start(QCoreApplication::applicationDirPath() + "/morvanta-remove-original",
-                     {"/usr/lib/morvanta-never-there"});
-        helper.closeWriteChannel();
-        QVERIFY(helper.waitForFinished());
-        QCOMPARE(helper.exitCode(), 2);
+        QCOMPARE(QProcess::execute(helper(), {"/usr/lib/morvanta-never-there"}), 2);
     }
 
     void readOnlyFoldersCopyAndCleanUpWithoutRootsPowers() {
