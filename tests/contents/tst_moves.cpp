@@ -2,11 +2,9 @@
 // is refused with everything untouched; what changes during a move stays where it is; what
 // goes in comes back out with every detail; and afterwards every byte is somewhere to be seen.
 
-#include "engine/VaultManager.h"
 #include "platform/SystemCalls.h"
 #include "platform/TreeRemoval.h"
 #include "support/Errors.h"
-#include "support/FuseHarness.h"
 #include "support/RecordingFileLayer.h"
 #include "support/Trees.h"
 #include "support/VaultTestCase.h"
@@ -77,6 +75,7 @@ private slots:
         const QStringList all{"*"}, none;
         QTest::newRow("in with every detail") << "add" << "" << "<no error>" << none;
         QTest::newRow("and back out") << "restore" << "" << "<no error>" << none;
+        QTest::newRow("out to a chosen folder") << "move out" << "" << "<no error>" << none;
         QTest::newRow("a drive inside") << "add" << "drive" << "“usb” inside" << all;
         QTest::newRow("a bind mount inside") << "add" << "bind" << "“usb” inside" << all;
         QTest::newRow("the item is a drive") << "add" << "the item is a drive" << "“usb” is a" << all;
