@@ -64,65 +64,54 @@ private:
 class TestSessionWatcher : public QObject {
     Q_OBJECT
 
-    QProcess m_bus;
-    QString m_address;
-    FakeLogind m_logind;
-    QThread m_logindThread;
-
-    QDBusConnection connection(const QString& name) {
-        return QDBusConnection::connectToBus(m_address, name);
-    }
-    void emitSignal(const QString& path, const QString& interface, const QString& name,
-                    const QVariant& argument = {}) {
-        QDBusMessage message = QDBusMessage::createSignal(path, interface, name);
-        if (argument.isValid())
-            message << argument;
-        QVERIFY(connection("logind").send(message));
-    }
-
 private slots:
-    void initTestCase() {
-        m_bus.start("dbus-daemon", {"--session", "--nofork", "--print-address=1"});
-        QVERIFY2(m_bus.waitForStarted(), "dbus-daemon is not installed");
-        QVERIFY(m_bus.waitForReadyRead(10000));
-        m_address = QString::fromUtf8(m_bus.readLine()).trimmed();
-        QDBusConnection logind = connection("logind");
-        QVERIFY(logind.isConnected());
-        QVERIFY(logind.registerService("org.freedesktop.login1"));
-        QVERIFY(logind.registerObject("/org/freedesktop/login1", &m_logind,
-                                      QDBusConnection::ExportAllSlots));
-        m_logind.moveToThread(&m_logindThread);
-        m_logindThread.start();
-    }
-    void cleanupTestCase() {
-        m_logindThread.quit();
-        m_logindThread.wait();
-        m_bus.kill();
-        m_bus.waitForFinished();
-    }
-
     // The app locks on the spot when asked (a direct connection): what holds while the
     // request is out holds while the vault locks.
     void asksForALockBeforeSleepAndWhenTheScreenLocks() {
+        QProcess bus;
+        bus.start("dbus-daemon", {"--session", "--nofork", "--print-address=1"});
+        QVERIFY2(bus.waitForStarted(), "dbus-daemon is not installed");
+        QVERIFY(bus.waitForReadyRead(10000));
+        const QString address = QString::fromUtf8(bus.readLine()).trimmed();
+        const auto connection = [&](const QString& name) { return QDBusConnection::connectToBus(address, name); };
+        FakeLogind logind;
+        QThread logindThread;
+        QVERIFY(connection("logind").registerService("org.freedesktop.login1"));
+        QVERIFY(connection("logind").registerObject("/org/freedesktop/login1", &logind, QDBusConnection::ExportAllSlots));
+        logind.moveToThread(&logindThread);
+        logindThread.start();
+        const auto stop = qScopeGuard([&] {
+            logindThread.quit();
+            logindThread.wait();
+            bus.kill();
+            bus.waitForFinished();
+        });
+        const auto emitSignal = [&](const QString& path, const QString& interface, const QString& name,
+                                    const QVariant& argument = {}) {
+            QDBusMessage message = QDBusMessage::createSignal(path, interface, name);
+            if (argument.isValid())
+                message << argument;
+            QVERIFY(connection("logind").send(message));
+        };
         platform::SessionWatcher watcher(connection("system"), connection("session"));
         int asked = 0;
         bool heldWhenAsked = false;
         QObject::connect(&watcher, &platform::SessionWatcher::lockRequested, this, [&] {
             ++asked;
-            heldWhenAsked = m_logind.inhibitorHeld();
+            heldWhenAsked = logind.inhibitorHeld();
         });
-        QCOMPARE(m_logind.inhibitRequests(),
+        QCOMPARE(logind.inhibitRequests(),
                  QStringList{"sleep|Morvanta|Lock the vault before sleeping|delay"});
-        QVERIFY(m_logind.inhibitorHeld());
+        QVERIFY(logind.inhibitorHeld());
 
         // The machine sleeps only once the vault is locked, and is ready for the next sleep.
         const QString manager = "org.freedesktop.login1.Manager";
         emitSignal("/org/freedesktop/login1", manager, "PrepareForSleep", true);
         QTRY_COMPARE(asked, 1);
         QVERIFY2(heldWhenAsked, "the machine was let sleep before the vault locked");
-        QTRY_VERIFY(!m_logind.inhibitorHeld());
+        QTRY_VERIFY(!logind.inhibitorHeld());
         emitSignal("/org/freedesktop/login1", manager, "PrepareForSleep", false);
-        QTRY_COMPARE(m_logind.inhibitRequests().size(), 2);
+        QTRY_COMPARE(logind.inhibitRequests().size(), 2);
         QTRY_VERIFY(watcher.holdsSleepInhibitor());
 
         // Our session's lock and either screensaver turning on; not another session's lock,
