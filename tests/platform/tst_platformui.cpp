@@ -97,7 +97,8 @@ private slots:
         QCOMPARE(answerOf<QUrl>(save, [&](QFileDialog* dialog) {
                      QCOMPARE(dialog->findChild<QLabel*>("panelMessage")->text(), options.message);
                      QCOMPARE(dialog->nameFilters().size(), 1);
-                     QVERIFY2(dialog->nameFilters().first().contains("*.7z"), qPrintable(dialog->nameFilters().first()));
+                     QVERIFY2(dialog->nameFilters().first().contains("*.7z"),
+                              qPrintable(dialog->nameFilters().first()));
                      dialog->setDirectory(dir.path());
                      QMetaObject::invokeMethod(dialog, "accept");
                  }),

@@ -77,7 +77,8 @@ private slots:
         FakeLogind logind;
         QThread logindThread;
         QVERIFY(connection("logind").registerService("org.freedesktop.login1"));
-        QVERIFY(connection("logind").registerObject("/org/freedesktop/login1", &logind, QDBusConnection::ExportAllSlots));
+        QVERIFY(connection("logind").registerObject("/org/freedesktop/login1", &logind,
+                                                    QDBusConnection::ExportAllSlots));
         logind.moveToThread(&logindThread);
         logindThread.start();
         const auto stop = qScopeGuard([&] {

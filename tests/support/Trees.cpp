@@ -21,7 +21,8 @@ QByteArray attributesOf(const QByteArray& path) {
     const ssize_t length = ::llistxattr(path.constData(), names.data(), names.size());
     QList<QByteArray> described;
     for (const QByteArray& name : names.left(qMax<ssize_t>(length, 0)).split('\0')) {
-        const ssize_t size = name.isEmpty() ? -1 : ::lgetxattr(path.constData(), name.constData(), value.data(), value.size());
+        const ssize_t size =
+            name.isEmpty() ? -1 : ::lgetxattr(path.constData(), name.constData(), value.data(), value.size());
         if (size >= 0)
             described.append(name + "=" + value.left(size).toHex());
     }
