@@ -94,20 +94,18 @@ private slots:
         vault.unlock("pw");
         QCOMPARE(morvanta({"--lock"}), 0);
         QVERIFY(vault.isUnlocked());
-        {
-            platform::SingleInstance running;
-            QVERIFY(running.isPrimary());
-            running.setLockHandler([&vault] { return lockForCommandLine(vault); });
-            QCOMPARE(morvanta({"--lock"}), 0);
-            QVERIFY(!vault.isUnlocked());
-            QCOMPARE(testsupport::mountsBelow(runtime.path()), QStringList());
-            QCOMPARE(morvanta({"--lock"}), 0);
+        platform::SingleInstance running;
+        QVERIFY(running.isPrimary());
+        running.setLockHandler([&vault] { return lockForCommandLine(vault); });
+        QCOMPARE(morvanta({"--lock"}), 0);
+        QVERIFY(!vault.isUnlocked());
+        QCOMPARE(testsupport::mountsBelow(runtime.path()), QStringList());
+        QCOMPARE(morvanta({"--lock"}), 0);
 
-            running.setLockHandler([] { return QStringLiteral("Unmount failed:\nresource busy"); });
-            QByteArray err;
-            QCOMPARE(morvanta({"--lock"}, &err), 1);
-            QCOMPARE(err, "morvanta: could not lock the vault: Unmount failed: resource busy\n");
-        }
+        running.setLockHandler([] { return QStringLiteral("Unmount failed:\nresource busy"); });
+        QByteArray err;
+        QCOMPARE(morvanta({"--lock"}, &err), 1);
+        QCOMPARE(err, "morvanta: could not lock the vault: Unmount failed: resource busy\n");
     }
 };
 

@@ -87,12 +87,9 @@ private slots:
             bus.kill();
             bus.waitForFinished();
         });
-        const auto emitSignal = [&](const QString& path, const QString& interface, const QString& name,
-                                    const QVariant& argument = {}) {
-            QDBusMessage message = QDBusMessage::createSignal(path, interface, name);
-            if (argument.isValid())
-                message << argument;
-            QVERIFY(connection("logind").send(message));
+        // Every signal carries a flag: the session's Lock takes none, and ignores it.
+        const auto emitSignal = [&](const QString& path, const QString& interface, const QString& name, bool on) {
+            QVERIFY(connection("logind").send(QDBusMessage::createSignal(path, interface, name) << on));
         };
         platform::SessionWatcher watcher(connection("system"), connection("session"));
         int asked = 0;
@@ -119,12 +116,12 @@ private slots:
         // nor a screensaver turning off.
         const struct {
             QString path, interface, name;
-            QVariant active;
+            bool active;
             bool locks;
-        } cases[] = {{kSessionPath, "org.freedesktop.login1.Session", "Lock", {}, true},
+        } cases[] = {{kSessionPath, "org.freedesktop.login1.Session", "Lock", true, true},
                      {"/org/freedesktop/ScreenSaver", "org.freedesktop.ScreenSaver", "ActiveChanged", true, true},
                      {"/org/gnome/ScreenSaver", "org.gnome.ScreenSaver", "ActiveChanged", true, true},
-                     {"/org/freedesktop/login1/session/_9", "org.freedesktop.login1.Session", "Lock", {}, false},
+                     {"/org/freedesktop/login1/session/_9", "org.freedesktop.login1.Session", "Lock", true, false},
                      {"/org/freedesktop/ScreenSaver", "org.freedesktop.ScreenSaver", "ActiveChanged", false, false}};
         for (const auto& c : cases) {
             const int before = asked;
