@@ -150,8 +150,8 @@ private slots:
         files->beforeEach = [&](const QString& call) {
             if (plant == "mid-move" && add && call.startsWith("copy ")) // after the survey
                 writeFile(source + "/early.jpg", "early");
-            for (const QString& name : left) { // after the copy: new files, and one changed
-                if (plant == "mid-move" && call == "remove " + source)
+            if (plant == "mid-move" && call == "remove " + source) { // after the copy: new files, one changed
+                for (const QString& name : left)
                     writeFile(source + '/' + name, "saved meanwhile");
             }
             if (plant.endsWith("registry") && call == "flush " + destination) { // named, not yet recorded
