@@ -49,12 +49,6 @@ bool makeTree(const QString& root) {
 class TestMoves : public VaultTestCase {
     Q_OBJECT
 
-    // Everything at the vault's root but the registry, staging leftovers included.
-    QStringList vaultEntries() const {
-        QStringList names = QDir(inVault({})).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden);
-        names.removeAll(".morvanta-origins.json");
-        return names;
-    }
     static QString helper() { return QCoreApplication::applicationDirPath() + "/morvanta-remove-original"; }
 
 private slots:
@@ -201,7 +195,9 @@ private slots:
         }
         // The vault lists all it holds, no staging copy is left anywhere, and the vault knows
         // the way back of exactly the item it holds whole.
-        QCOMPARE(vaultEntries(), listedNames());
+        QStringList inside = QDir(inVault({})).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden);
+        inside.removeAll(".morvanta-origins.json");
+        QCOMPARE(inside, listedNames());
         const QString outside = add ? source : destination;
         QCOMPARE(QDir(QFileInfo(outside).path()).entryList(QDir::AllEntries | QDir::Hidden).filter("staging"),
                  QStringList());

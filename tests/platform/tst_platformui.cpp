@@ -48,9 +48,19 @@ class TestPlatformUi : public QObject {
     Q_OBJECT
 
 private slots:
+    // The desktop's own dialogs where the portal can show them, never over a platform theme
+    // the user chose.
+    void portalDialogsOnGnomeAndKde() {
+        using platform::portalFileDialogsWanted;
+        QVERIFY(portalFileDialogsWanted("ubuntu:GNOME", {}, true) && portalFileDialogsWanted("KDE", {}, true));
+        QVERIFY(!portalFileDialogsWanted("KDE", "kde", true) && !portalFileDialogsWanted("GNOME", {}, false));
+        QVERIFY(!portalFileDialogsWanted("XFCE", {}, true));
+    }
+
     // Files and folders in one pick: a folder chosen in the list is taken, not opened, and the
-    // button says so.
-    void addPanelTakesFilesAndFolders() {
+    // button says so. A save panel proposes the name and type and says what it is for. A lock
+    // replaces the screen that asked: its panel closes, and nothing chosen arrives.
+    void panelsAnswerAsTheUserChose() {
         QTemporaryDir dir;
         const QString photos = dir.filePath("Photos");
         QDir().mkpath(photos);
@@ -75,22 +85,7 @@ private slots:
                      QMetaObject::invokeMethod(dialog, "accept");
                  }),
                  QList<QUrl>({QUrl::fromLocalFile(photos)}));
-    }
 
-    // The desktop's own dialogs where the portal can show them, never over a platform theme
-    // the user chose.
-    void portalDialogsOnGnomeAndKde() {
-        using platform::portalFileDialogsWanted;
-        QVERIFY(portalFileDialogsWanted("ubuntu:GNOME", {}, true) && portalFileDialogsWanted("KDE", {}, true));
-        QVERIFY(!portalFileDialogsWanted("KDE", "kde", true) && !portalFileDialogsWanted("GNOME", {}, false));
-        QVERIFY(!portalFileDialogsWanted("XFCE", {}, true));
-    }
-
-    // A save panel proposes the name and type and says what it is for. A lock replaces the
-    // screen that asked: its panel closes, and nothing chosen arrives.
-    void savePanelProposesTheNameAndGoesWithItsOwner() {
-        QTemporaryDir dir;
-        platform::Panels panels;
         const platform::SavePanelOptions options{"Back Up Vault", "Back Up", "Save an encrypted backup.",
                                                  "MorvantaVault-Backup.7z", {"application/x-7z-compressed"}};
         const auto save = [&](auto... args) { panels.savePanel(options, args...); };
