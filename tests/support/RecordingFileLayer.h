@@ -12,8 +12,7 @@
 class RecordingFileLayer : public platform::FileLayer {
 public:
     QStringList calls;
-    std::function<void(const QString& call)> beforeEach;
-    std::function<void(const QString& call)> afterEach;
+    std::function<void(const QString& call)> beforeEach, afterEach;
 
     platform::FileError survey(const std::string& path, platform::TreeSurvey& survey) override {
         return recorded("survey " + path, [&] { return FileLayer::survey(path, survey); });
@@ -41,8 +40,7 @@ public:
 private:
     template <typename Call>
     platform::FileError recorded(const std::string& call, Call carryOut) {
-        const QString text = QString::fromStdString(call);
-        calls.append(text);
+        const QString text = calls.emplace_back(QString::fromStdString(call));
         if (beforeEach)
             beforeEach(text);
         platform::FileError result = carryOut();

@@ -17,12 +17,12 @@ namespace {
 
 // Attribute names and values, sorted; ACLs are attributes too.
 QByteArray attributesOf(const QByteArray& path) {
-    QByteArray names(65536, '\0');
+    QByteArray names(65536, '\0'), value(65536, '\0');
     const ssize_t length = ::llistxattr(path.constData(), names.data(), names.size());
     QList<QByteArray> described;
-    for (const QByteArray& name : names.left(length < 0 ? 0 : length).split('\0')) {
-        QByteArray value(65536, '\0');
-        const ssize_t size = name.isEmpty() ? -1 : ::lgetxattr(path.constData(), name.constData(), value.data(), value.size());
+    for (const QByteArray& name : names.left(qMax<ssize_t>(length, 0)).split('\0')) {
+        const ssize_t size =
+            name.isEmpty() ? -1 : ::lgetxattr(path.constData(), name.constData(), value.data(), value.size());
         if (size >= 0)
             described.append(name + "=" + value.left(size).toHex());
     }
@@ -36,33 +36,30 @@ QByteArray describe(const QString& path, Detail detail, QMap<QPair<dev_t, ino_t>
     struct stat info {};
     if (::lstat(local.constData(), &info) != 0)
         return "<missing>";
-    if (!S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode) && !S_ISLNK(info.st_mode))
-        return "special"; // never opened: a pipe would hang the reader
-    QByteArray extra;
-    if (detail == Detail::Everything && !S_ISLNK(info.st_mode)) {
-        extra = attributesOf(local);
-        if (S_ISREG(info.st_mode) && info.st_nlink > 1)
-            extra += " linked with " + links.value({info.st_dev, info.st_ino}, relative).toUtf8();
-        links.insert({info.st_dev, info.st_ino}, links.value({info.st_dev, info.st_ino}, relative));
-        if (S_ISREG(info.st_mode) && info.st_blocks * 512 < info.st_size / 2)
-            extra += " sparse";
-    }
-    const QByteArray metadata =
-        detail == Detail::Content
-            ? QByteArray()
-            : " " + QByteArray::number(info.st_mode & 07777, 8) + " mtime " +
-                  QByteArray::number(qint64(info.st_mtim.tv_sec)) + "." +
-                  QByteArray::number(qint64(info.st_mtim.tv_nsec));
     if (S_ISLNK(info.st_mode)) {
         QByteArray target(4096, '\0');
-        const ssize_t n = ::readlink(local.constData(), target.data(), target.size());
-        return "link -> " + target.left(n < 0 ? 0 : n);
+        return "link -> " + target.left(qMax<ssize_t>(::readlink(local.constData(), target.data(), target.size()), 0));
+    }
+    if (!S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode))
+        return "special"; // never opened: a pipe would hang the reader
+    QByteArray text = S_ISDIR(info.st_mode) ? "folder" : "file";
+    if (detail != Detail::Content)
+        text += " " + QByteArray::number(info.st_mode & 07777, 8) + " mtime " +
+                QByteArray::number(qint64(info.st_mtim.tv_sec)) + "." + QByteArray::number(qint64(info.st_mtim.tv_nsec));
+    if (detail == Detail::Everything) {
+        text += attributesOf(local);
+        const QString first = links.value({info.st_dev, info.st_ino}, relative);
+        links.insert({info.st_dev, info.st_ino}, first);
+        if (S_ISREG(info.st_mode) && info.st_nlink > 1)
+            text += " linked with " + first.toUtf8();
+        if (S_ISREG(info.st_mode) && info.st_blocks * 512 < info.st_size / 2)
+            text += " sparse";
     }
     if (S_ISDIR(info.st_mode))
-        return "folder" + metadata + extra;
+        return text;
     const QByteArray bytes = readFile(path);
-    return "file" + metadata + extra + " " + QByteArray::number(bytes.size()) +
-           " bytes sha256 " + QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex();
+    return text + " " + QByteArray::number(bytes.size()) + " bytes sha256 " +
+           QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex();
 }
 
 } // namespace
@@ -116,11 +113,9 @@ void fillUp(const QString& folder) {
     QFile filler(folder + "/filler");
     if (!filler.open(QIODevice::WriteOnly))
         return;
-    const QByteArray chunk(4096, 'f');
-    while (filler.write(chunk) == chunk.size() && filler.flush()) {
-    }
-    QByteArray one(1, 'f');
-    while (filler.write(one) == 1 && filler.flush()) {
+    for (const int piece : {4096, 1}) { // then the last bytes one by one
+        while (filler.write(QByteArray(piece, 'f')) == piece && filler.flush()) {
+        }
     }
 }
 

@@ -7,9 +7,9 @@
 namespace testsupport {
 
 enum class Detail {
-    Content,      // files by size and content hash, links by target, folders as such
-    ModesAndTimes, // also permission bits and modification times, and the root itself as "."
-    Everything     // also extended attributes and ACLs, hard links and holes
+    Content,   // files by size and content hash, links by target, folders as such
+    Everything // also the root itself as ".", modes, modification times, extended attributes
+               // and ACLs, hard links and holes
 };
 
 // Every entry below `root`, described in the detail a faithful copy must keep.

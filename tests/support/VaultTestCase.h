@@ -24,6 +24,12 @@ protected:
     }
     QString inVault(const QString& name) const { return m_vault->mountPoint().toLocalFile() + '/' + name; }
     static QUrl url(const QString& path) { return QUrl::fromLocalFile(path); }
+    QStringList listedNames() const {
+        QStringList names;
+        for (const VaultItem& item : m_vault->items())
+            names.append(item.name);
+        return names;
+    }
 
     void openVault(const QString& support) {
         m_vault = std::make_unique<VaultManager>(support, testsupport::fastToolRunner());
