@@ -258,8 +258,9 @@ private:
         void operator()(char* data) const { std::free(data); }
     };
     // One for the whole copy, not one per file. Page-aligned: a direct write from a buffer
-    // that straddles one page more than it fills reaches FUSE as two requests, and the vault
-    // then writes (and allocates) the encrypted file in small pieces out of order.
+    // that spans one page more than FUSE takes at once is split in two, and the encrypted
+    // file then lies in about three times as many pieces on disk (each one a discard, and
+    // time, when it is deleted).
     std::unique_ptr<char, Free> m_buffer;
     bool m_directWrites;
     std::int64_t m_bytes = 0;
