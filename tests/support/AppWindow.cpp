@@ -5,13 +5,18 @@
 #include "app/AccessibleControls.h"
 #include "app/AppIdentity.h"
 #include "app/AppPalette.h"
+#include "browser/ItemTableModel.h"
+#include "browser/VaultBrowser.h"
+#include "support/Trees.h"
 
 #include <QAccessible>
 #include <QDir>
+#include <QFileInfo>
 #include <QMetaObject>
 #include <QPainter>
 #include <QRegularExpression>
 #include <QSettings>
+#include <QSignalSpy>
 #include <QTest>
 
 namespace testsupport {
@@ -125,6 +130,19 @@ QStringList AppWindow::visibleTexts() const {
     return texts;
 }
 
+QString AppWindow::text(const QString& objectName) const {
+    QQuickItem* found = item(objectName);
+    return found ? found->property("text").toString() : QStringLiteral("<missing>");
+}
+
+bool AppWindow::shown(const QString& objectName) const {
+    QObject* popup = screen() ? screen()->findChild<QObject*>(objectName) : nullptr;
+    if (popup && !qobject_cast<QQuickItem*>(popup))
+        return popup->property("visible").toBool();
+    QQuickItem* found = find(objectName);
+    return found && found->isVisible();
+}
+
 void AppWindow::click(const QString& objectName) const {
     QQuickItem* target = item(objectName);
     if (!target)
@@ -145,6 +163,34 @@ void AppWindow::typeInto(const QString& objectName, const QString& text) const {
 void AppWindow::type(const QString& text) const {
     for (QChar c : text)
         QTest::keyClick(m_window, c.toLatin1());
+}
+
+void AppWindow::keys(const QList<Qt::Key>& keys, Qt::KeyboardModifiers modifiers) const {
+    for (Qt::Key key : keys)
+        QTest::keyClick(m_window, key, modifiers);
+}
+
+void AppWindow::tabTo(const QString& objectName) const {
+    QQuickItem* target = item(objectName);
+    for (int i = 0; i < 12 && target && !target->hasActiveFocus(); ++i)
+        QTest::keyClick(m_window, Qt::Key_Tab);
+    if (target && !target->hasActiveFocus())
+        qWarning("Tab never reaches %s", qPrintable(objectName));
+}
+
+void AppWindow::choose(const QString& button, const QString& entry) const {
+    click(button);
+    if (!QTest::qWaitFor([&] { return shown(entry); }))
+        qWarning("%s offers no %s", qPrintable(button), qPrintable(entry));
+    waitForFrame();
+    click(entry);
+}
+
+void AppWindow::waitForFrame() const {
+    QSignalSpy swapped(m_window, &QQuickWindow::frameSwapped);
+    m_window->update();
+    if (!swapped.wait(2000))
+        qWarning("No frame was drawn");
 }
 
 bool AppWindow::screenshot(const QString& name, bool withIcon) const {
@@ -172,6 +218,59 @@ bool AppWindow::screenshot(const QString& name, bool withIcon) const {
         painter.drawPixmap(shot.width() - 56, 8, m_window->icon().pixmap(48));
     }
     return shot.save(folder + "/" + name + ".png");
+}
+
+VaultWindow::VaultWindow(const QString& password, HDIUtilRunner runner)
+    : password(password), app(std::move(runner)) {
+    app.vault().createVault(password);
+    app.vault().unlock(password);
+}
+
+VaultBrowser* VaultWindow::browser() const {
+    return app.screen()->property("browser").value<VaultBrowser*>();
+}
+
+ItemTableModel* VaultWindow::table() const {
+    return app.screen()->property("tableModel").value<ItemTableModel*>();
+}
+
+QUrl VaultWindow::file(const QString& relativePath, qint64 size) const {
+    const QString path = home.filePath(relativePath);
+    QDir().mkpath(QFileInfo(path).path());
+    writeFile(path, QByteArray(size, 'm'));
+    return QUrl::fromLocalFile(path);
+}
+
+QUrl VaultWindow::added(const QString& relativePath, qint64 size) {
+    const QUrl source = file(relativePath, size);
+    app.vault().addItem(source);
+    return inVault(source.fileName());
+}
+
+QUrl VaultWindow::inVault(const QString& name) {
+    return QUrl::fromLocalFile(app.vault().mountPoint().toLocalFile() + "/" + name);
+}
+
+QStringList VaultWindow::rowNames() const {
+    QStringList names;
+    for (const VaultItem& item : table()->rows())
+        names.append(item.name);
+    return names;
+}
+
+void VaultWindow::waitIdle() const {
+    if (!QTest::qWaitFor([this] { return !browser()->busy(); }))
+        qWarning("The browser stays busy");
+}
+
+void VaultWindow::select(const QUrl& url) const {
+    // The table lays its rows out on the next frame.
+    const QString cell = QStringLiteral("cell.%1.0").arg(table()->rowOf(url));
+    if (!QTest::qWaitFor([&] { return app.find(cell) && app.find(cell)->property("url").toUrl() == url; }))
+        qWarning("No row shows %s", qPrintable(url.toString()));
+    app.click(cell);
+    if (browser()->selection() != url)
+        qWarning("A click does not select %s", qPrintable(url.toString()));
 }
 
 } // namespace testsupport

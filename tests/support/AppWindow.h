@@ -1,5 +1,6 @@
 #pragma once
 
+#include "FuseHarness.h"
 #include "ScriptedPanels.h"
 #include "engine/VaultManager.h"
 #include "platform/Settings.h"
@@ -9,6 +10,9 @@
 #include <QQuickWindow>
 #include <QTemporaryDir>
 #include <QTranslator>
+
+class ItemTableModel;
+class VaultBrowser;
 
 namespace testsupport {
 
@@ -38,11 +42,21 @@ public:
     QString screenName() const;
     // Every text shown on screen right now, in visible items.
     QStringList visibleTexts() const;
+    QString text(const QString& objectName) const;
+    // Whether the item, or a dialog or menu of the screen (which are no items), is on screen.
+    bool shown(const QString& objectName) const;
     void click(const QString& objectName) const;
     // Types ASCII text key by key into the field, which gets the focus first.
     void typeInto(const QString& objectName, const QString& text) const;
-    // Types ASCII text into whatever has the keyboard focus.
+    // Types ASCII text, or presses keys, on whatever has the keyboard focus.
     void type(const QString& text) const;
+    void keys(const QList<Qt::Key>& keys, Qt::KeyboardModifiers modifiers = {}) const;
+    // Tab, as often as it takes, to the item of that name.
+    void tabTo(const QString& objectName) const;
+    // Opens the menu behind a button and picks one of its entries.
+    void choose(const QString& button, const QString& entry) const;
+    // Popups place their entries on the next frame.
+    void waitForFrame() const;
     // Saves a PNG of the window under the build's screenshot folder, with the window's icon
     // in the top right corner if asked, as a taskbar would show it beside the window. Under
     // MORVANTA_PSEUDO_TRANSLATION, to pseudo/, warning of each text shown untranslated.
@@ -58,6 +72,31 @@ private:
     std::unique_ptr<VaultManager> m_vault;
     std::unique_ptr<QQmlApplicationEngine> m_engine;
     QQuickWindow* m_window = nullptr;
+};
+
+// The window over a freshly made, open vault, and a home folder of the test's own to take
+// items from. The helpers report what goes wrong as warnings, which the tests make fatal.
+class VaultWindow {
+public:
+    explicit VaultWindow(const QString& password = QStringLiteral("correct horse battery"),
+                         HDIUtilRunner runner = fastToolRunner());
+
+    const QString password;
+    ScopedRuntimeDir runtime;
+    QTemporaryDir home;
+    AppWindow app;
+
+    VaultBrowser* browser() const;
+    ItemTableModel* table() const;
+    // A file in the home folder, made with `size` bytes.
+    QUrl file(const QString& relativePath, qint64 size = 10) const;
+    // Moves a home file into the vault as a person would have earlier; its place in the vault.
+    QUrl added(const QString& relativePath, qint64 size = 10);
+    QUrl inVault(const QString& name);
+    QStringList rowNames() const;
+    void waitIdle() const;
+    // Selects the item's row with a click.
+    void select(const QUrl& url) const;
 };
 
 // The QML type name of an item, without the suffixes QML adds to it.
