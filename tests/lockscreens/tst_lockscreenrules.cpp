@@ -3,7 +3,6 @@
 // texts, and the symbols every screen draws.
 
 #include "lockscreens/DisguiseMode.h"
-#include "lockscreens/MainLoop.h"
 #include "lockscreens/SymbolIcon.h"
 #include "lockscreens/UnlockForm.h"
 #include "lockscreens/WelcomePager.h"
@@ -11,7 +10,6 @@
 
 #include <QDir>
 #include <QDirIterator>
-#include <QQuickWindow>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -29,29 +27,6 @@ private slots:
             QCOMPARE(isDisguised(raw), mode != DisguiseMode::none);
             QCOMPARE(disguiseModeFromRaw(raw).has_value(), rawValue(mode) == raw);
         }
-    }
-
-    // The engine blocks the thread, so the busy state must be painted before it runs.
-    void engineWorkWaitsForAFrame() {
-        QQuickWindow window;
-        window.resize(200, 200);
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
-        QTest::qWait(50);
-        int frames = 0;
-        connect(&window, &QQuickWindow::frameSwapped, this, [&frames] { ++frames; });
-        int framesBeforeWork = -1;
-        runAfterNextFrame(this, [&] { framesBeforeWork = frames; });
-        QCOMPARE(framesBeforeWork, -1);
-        QTRY_VERIFY(framesBeforeWork >= 1);
-
-        // Work whose screen has gone is dropped.
-        auto* gone = new QObject;
-        bool ran = false;
-        runAfterNextFrame(gone, [&ran] { ran = true; });
-        delete gone;
-        QTest::qWait(300);
-        QVERIFY(!ran);
     }
 
     // A password the tool cannot take, or no vault at all: refused without the tool. Then on
