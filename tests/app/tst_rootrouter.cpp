@@ -23,12 +23,7 @@ class TestRootRouter : public QObject {
     Q_OBJECT
 
 private slots:
-    void screenForStateAndDisguise() {
-        using S = RootRouter::Screen;
-        QCOMPARE(RootRouter::screenFor(false, false, false), S::Welcome);
-        QCOMPARE(RootRouter::screenFor(false, false, true), S::Setup);
-        QCOMPARE(RootRouter::screenFor(true, false, false), S::Unlock);
-        QCOMPARE(RootRouter::screenFor(true, true, true), S::Browser);
+    void lockScreenForDisguise() {
         using L = UnlockChooser::LockScreen;
         QCOMPARE(UnlockChooser::lockScreenFor("neutral"), L::Neutral);
         QCOMPARE(UnlockChooser::lockScreenFor("math"), L::MathQuiz);

@@ -26,12 +26,10 @@ namespace {
 void collectTexts(QQuickItem* item, QStringList& texts) {
     if (!item->isVisible() || item->opacity() == 0)
         return;
-    const QVariant text = item->property("text");
-    if (text.isValid() && !text.toString().isEmpty())
-        texts.append(text.toString());
-    const QVariant placeholder = item->property("placeholderText");
-    if (placeholder.isValid() && !placeholder.toString().isEmpty())
-        texts.append(placeholder.toString());
+    for (const char* property : {"text", "placeholderText"}) {
+        if (const QString text = item->property(property).toString(); !text.isEmpty())
+            texts.append(text);
+    }
     for (QQuickItem* child : item->childItems())
         collectTexts(child, texts);
 }
@@ -261,16 +259,6 @@ QStringList VaultWindow::rowNames() const {
 void VaultWindow::waitIdle() const {
     if (!QTest::qWaitFor([this] { return !browser()->busy(); }))
         qWarning("The browser stays busy");
-}
-
-void VaultWindow::select(const QUrl& url) const {
-    // The table lays its rows out on the next frame.
-    const QString cell = QStringLiteral("cell.%1.0").arg(table()->rowOf(url));
-    if (!QTest::qWaitFor([&] { return app.find(cell) && app.find(cell)->property("url").toUrl() == url; }))
-        qWarning("No row shows %s", qPrintable(url.toString()));
-    app.click(cell);
-    if (browser()->selection() != url)
-        qWarning("A click does not select %s", qPrintable(url.toString()));
 }
 
 } // namespace testsupport

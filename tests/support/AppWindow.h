@@ -30,7 +30,6 @@ public:
     ScriptedPanels& panels() { return *m_panels; }
     RecordingWorkspace& workspace() { return *m_workspace; }
     QQuickWindow* window() const { return m_window; }
-    QString supportPath() const { return m_support.path(); }
 
     // The item of that object name currently in the window, or null.
     QQuickItem* find(const QString& objectName) const;
@@ -95,8 +94,6 @@ public:
     QUrl inVault(const QString& name);
     QStringList rowNames() const;
     void waitIdle() const;
-    // Selects the item's row with a click.
-    void select(const QUrl& url) const;
 };
 
 // The QML type name of an item, without the suffixes QML adds to it.

@@ -189,7 +189,7 @@ private slots:
         press("header.Size");
         QCOMPARE(v.table()->sortColumn(), int(ItemTableModel::SizeColumn));
 
-        v.select(v.inVault("taxes.pdf"));
+        v.browser()->setSelection(v.inVault("taxes.pdf"));
         press("actionsButton");
         QTRY_VERIFY(v.app.shown("rowMenu.restore"));
         QCOMPARE(testsupport::accessibilityProblems(w).join("; "), QString());
