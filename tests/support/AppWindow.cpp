@@ -5,8 +5,6 @@
 #include "app/AccessibleControls.h"
 #include "app/AppIdentity.h"
 #include "app/AppPalette.h"
-#include "browser/ItemTableModel.h"
-#include "browser/VaultBrowser.h"
 #include "support/Trees.h"
 
 #include <QAccessible>
@@ -87,11 +85,10 @@ AppWindow::AppWindow(HDIUtilRunner runner, const QString& disguiseMode) {
 AppWindow::~AppWindow() {
     m_engine.reset();
     // Whatever a test left open is detached before its folders go.
-    if (m_vault->isUnlocked()) {
-        try {
+    try {
+        if (m_vault->isUnlocked())
             m_vault->lock();
-        } catch (const VaultError&) {
-        }
+    } catch (const VaultError&) {
     }
 }
 
@@ -115,11 +112,6 @@ QObject* AppWindow::screen() const {
         return inner ? inner->property("item").value<QObject*>() : nullptr;
     }
     return screen;
-}
-
-QString AppWindow::screenName() const {
-    QObject* shown = screen();
-    return shown ? qmlTypeName(shown) : QString();
 }
 
 QStringList AppWindow::visibleTexts() const {
@@ -224,14 +216,6 @@ VaultWindow::VaultWindow(const QString& password, HDIUtilRunner runner)
     app.vault().unlock(password);
 }
 
-VaultBrowser* VaultWindow::browser() const {
-    return app.screen()->property("browser").value<VaultBrowser*>();
-}
-
-ItemTableModel* VaultWindow::table() const {
-    return app.screen()->property("tableModel").value<ItemTableModel*>();
-}
-
 QUrl VaultWindow::file(const QString& relativePath, qint64 size) const {
     const QString path = home.filePath(relativePath);
     QDir().mkpath(QFileInfo(path).path());
@@ -243,10 +227,6 @@ QUrl VaultWindow::added(const QString& relativePath, qint64 size) {
     const QUrl source = file(relativePath, size);
     app.vault().addItem(source);
     return inVault(source.fileName());
-}
-
-QUrl VaultWindow::inVault(const QString& name) {
-    return QUrl::fromLocalFile(app.vault().mountPoint().toLocalFile() + "/" + name);
 }
 
 QStringList VaultWindow::rowNames() const {

@@ -2,6 +2,8 @@
 
 #include "FuseHarness.h"
 #include "ScriptedPanels.h"
+#include "browser/ItemTableModel.h"
+#include "browser/VaultBrowser.h"
 #include "engine/VaultManager.h"
 #include "platform/Settings.h"
 
@@ -11,10 +13,10 @@
 #include <QTemporaryDir>
 #include <QTranslator>
 
-class ItemTableModel;
-class VaultBrowser;
-
 namespace testsupport {
+
+// The QML type name of an item, without the suffixes QML adds to it.
+QString qmlTypeName(const QObject* object);
 
 // The application's window as `main` builds it, offscreen, over a vault and a settings file
 // of the test's own, with file pickers that the test answers and a desktop that only
@@ -38,7 +40,7 @@ public:
     // The screen the router shows (for a lock screen, the one the disguise picked), and the
     // name of its QML type ("WelcomeView", …).
     QObject* screen() const;
-    QString screenName() const;
+    QString screenName() const { return screen() ? qmlTypeName(screen()) : QString(); }
     // Every text shown on screen right now, in visible items.
     QStringList visibleTexts() const;
     QString text(const QString& objectName) const;
@@ -85,18 +87,17 @@ public:
     QTemporaryDir home;
     AppWindow app;
 
-    VaultBrowser* browser() const;
-    ItemTableModel* table() const;
+    VaultBrowser* browser() const { return app.screen()->property("browser").value<VaultBrowser*>(); }
+    ItemTableModel* table() const { return app.screen()->property("tableModel").value<ItemTableModel*>(); }
     // A file in the home folder, made with `size` bytes.
     QUrl file(const QString& relativePath, qint64 size = 10) const;
     // Moves a home file into the vault as a person would have earlier; its place in the vault.
     QUrl added(const QString& relativePath, qint64 size = 10);
-    QUrl inVault(const QString& name);
+    QUrl inVault(const QString& name) {
+        return QUrl::fromLocalFile(app.vault().mountPoint().toLocalFile() + '/' + name);
+    }
     QStringList rowNames() const;
     void waitIdle() const;
 };
-
-// The QML type name of an item, without the suffixes QML adds to it.
-QString qmlTypeName(const QObject* object);
 
 } // namespace testsupport
