@@ -10,12 +10,17 @@
 #include <QAccessible>
 #include <QDir>
 #include <QFileInfo>
-#include <QMetaObject>
 #include <QPainter>
 #include <QRegularExpression>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QTest>
+#include <QtQml/QQmlExtensionPlugin>
+
+// The screens' modules, linked in statically.
+Q_IMPORT_QML_PLUGIN(MorvantaPlugin)
+Q_IMPORT_QML_PLUGIN(Morvanta_LockScreensPlugin)
+Q_IMPORT_QML_PLUGIN(Morvanta_BrowserPlugin)
 
 namespace testsupport {
 

@@ -12,11 +12,6 @@
 #include <QDir>
 #include <QRegularExpression>
 #include <QTest>
-#include <QtQml/QQmlExtensionPlugin>
-
-Q_IMPORT_QML_PLUGIN(MorvantaPlugin)
-Q_IMPORT_QML_PLUGIN(Morvanta_LockScreensPlugin)
-Q_IMPORT_QML_PLUGIN(Morvanta_BrowserPlugin)
 
 using testsupport::AppWindow;
 

@@ -17,11 +17,6 @@
 #include <QRegularExpression>
 #include <QSemaphore>
 #include <QTest>
-#include <QtQml/QQmlExtensionPlugin>
-
-Q_IMPORT_QML_PLUGIN(MorvantaPlugin)
-Q_IMPORT_QML_PLUGIN(Morvanta_LockScreensPlugin)
-Q_IMPORT_QML_PLUGIN(Morvanta_BrowserPlugin)
 
 using testsupport::AppWindow;
 
