@@ -1,4 +1,4 @@
-// The quiz's rules without a window: parsing and trimming answers, the questions it draws,
+// The quiz's rules without a window: parsing answers, the questions it draws,
 // and what a submission does: the text as typed goes to the tool first, the grade after.
 
 #include "lockscreens/MathQuiz.h"
@@ -12,10 +12,6 @@
 
 namespace {
 
-HDIUtilResult wrongPassword() {
-    return {1, {}, "morvanta-hdiutil: attach failed - Password incorrect."};
-}
-
 // A quiz over a vault that exists and refuses every password.
 struct LockedQuiz {
     QTemporaryDir support;
@@ -24,7 +20,8 @@ struct LockedQuiz {
     MathQuiz quiz;
     LockedQuiz() {
         QDir().mkpath(vault.bundlePath());
-        tool.replies = {wrongPassword(), wrongPassword()};
+        const HDIUtilResult wrong{1, {}, "morvanta-hdiutil: attach failed - Password incorrect."};
+        tool.replies = {wrong, wrong};
         quiz.setVault(&vault);
     }
 };
@@ -38,15 +35,9 @@ private slots:
     void parsingAnswers() {
         const std::optional<qint64> none;
         for (const auto& [text, number] : QList<std::pair<QString, std::optional<qint64>>>{
-                 {"+42", 42},
-                 {"-7", -7},
-                 {"9223372036854775807", std::numeric_limits<qint64>::max()},
+                 {"+42", 42}, {"-7", -7}, {"9223372036854775807", std::numeric_limits<qint64>::max()},
                  {"-9223372036854775808", std::numeric_limits<qint64>::min()},
-                 {"9223372036854775808", none},
-                 {"4 2", none},
-                 {"42.0", none},
-                 {"-", none},
-                 {"+-4", none},
+                 {"9223372036854775808", none}, {"4 2", none}, {"42.0", none}, {"-", none}, {"+-4", none},
                  {"\u0664\u0662", none}, // other scripts' digits
                  {" 42", none}})          // trimming is the caller's
             QVERIFY2(MathQuiz::parseAnswer(text) == number, qPrintable(text));
@@ -59,8 +50,6 @@ private slots:
         QCOMPARE(quiz.expectedAnswer(), 35);
         quiz.setQuestion(MathQuiz::Op::mul, 12, 11);
         QCOMPARE(quiz.expectedAnswer(), 132);
-        quiz.setQuestion(MathQuiz::Op::add, 1000, 99);
-        QCOMPARE(quiz.expectedAnswer(), 1099);
         // A new question leaves what is typed alone.
         quiz.setInput("12");
         quiz.regenerate();
@@ -74,17 +63,14 @@ private slots:
         MathQuiz quiz;
         using Span = std::pair<qint64, qint64>; // the lowest and highest seen
         std::map<std::pair<MathQuiz::Op, int>, Span> spans;
-        const auto see = [&spans](MathQuiz::Op op, int operand, qint64 value) {
-            auto& [low, high] = spans.try_emplace({op, operand}, value, value).first->second;
-            low = std::min(low, value);
-            high = std::max(high, value);
-        };
         for (int i = 0; i < 10000; ++i) {
             quiz.regenerate();
             const bool sub = quiz.op() == MathQuiz::Op::sub;
             QVERIFY(!sub || quiz.a() >= quiz.b());
-            see(quiz.op(), 0, quiz.a());
-            see(quiz.op(), sub ? 0 : 1, quiz.b());
+            for (const auto& [operand, value] : {std::pair(0, quiz.a()), std::pair(sub ? 0 : 1, quiz.b())}) {
+                auto& [low, high] = spans.try_emplace({quiz.op(), operand}, value, value).first->second;
+                std::tie(low, high) = Span(std::min(low, value), std::max(high, value));
+            }
         }
         for (const MathQuiz::Op op : {MathQuiz::Op::add, MathQuiz::Op::mul})
             for (const int operand : {0, 1})
