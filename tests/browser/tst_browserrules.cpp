@@ -47,9 +47,6 @@ struct OpenFakeVault {
         tool.calls.clear();
     }
     QUrl url(const QString& name) const { return QUrl::fromLocalFile(mount.filePath(name)); }
-    void writeOrigins(const QByteArray& json) const {
-        testsupport::writeFile(mount.filePath(".morvanta-origins.json"), json);
-    }
 };
 
 } // namespace
@@ -192,7 +189,8 @@ private slots:
         const QStringList withoutRestore = {"open", "rename", "moveOut", "divider", "delete"};
         QCOMPARE(actions(fake.url("Taxes.pdf")), withoutRestore);
 
-        fake.writeOrigins(R"({"Taxes.pdf":"\/home\/me\/Documents\/Taxes.pdf"})");
+        testsupport::writeFile(fake.mount.filePath(".morvanta-origins.json"),
+                               R"({"Taxes.pdf":"\/home\/me\/Documents\/Taxes.pdf"})");
         QCOMPARE(actions(fake.url("Taxes.pdf")),
                  QStringList({"open", "rename", "restore", "moveOut", "divider", "delete"}));
         QCOMPARE(actions(fake.url("copied-in.txt")), withoutRestore);

@@ -104,9 +104,7 @@ private slots:
     void everySymbolTheScreensNameIsDrawn() {
         QSet<QString> named{"checkmark.circle.fill", "xmark.circle.fill"};
         const QRegularExpression symbolName(R"re((?:symbol|name|icon):\s*"([A-Za-z.]+)")re");
-        for (QDirIterator it(":/qt/qml/Morvanta", {"*.qml"}, QDir::Files,
-                             QDirIterator::Subdirectories);
-             it.hasNext();) {
+        for (QDirIterator it(":/qt/qml/Morvanta", {"*.qml"}, QDir::Files, QDirIterator::Subdirectories); it.hasNext();) {
             QFile file(it.next());
             QVERIFY(file.open(QIODevice::ReadOnly));
             for (const QRegularExpressionMatch& m : symbolName.globalMatch(QString::fromUtf8(file.readAll())))
