@@ -9,7 +9,9 @@
 
 #include <QAccessible>
 #include <QDir>
+#include <QDragEnterEvent>
 #include <QFileInfo>
+#include <QMimeData>
 #include <QPainter>
 #include <QRegularExpression>
 #include <QSettings>
@@ -171,6 +173,20 @@ void AppWindow::tabTo(const QString& objectName) const {
         QTest::keyClick(m_window, Qt::Key_Tab);
     if (target && !target->hasActiveFocus())
         qWarning("Tab never reaches %s", qPrintable(objectName));
+}
+
+void AppWindow::drag(const QList<QUrl>& urls, bool drop) const {
+    QMimeData data;
+    data.setUrls(urls);
+    const QPoint at(m_window->width() / 2, m_window->height() / 2);
+    const Qt::DropActions actions = Qt::CopyAction | Qt::MoveAction;
+    QDragEnterEvent enter(at, actions, &data, Qt::LeftButton, Qt::NoModifier);
+    QDragMoveEvent move(at, actions, &data, Qt::LeftButton, Qt::NoModifier);
+    QDropEvent dropped(at, actions, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(m_window, &enter);
+    QCoreApplication::sendEvent(m_window, &move);
+    if (drop)
+        QCoreApplication::sendEvent(m_window, &dropped);
 }
 
 void AppWindow::choose(const QString& button, const QString& entry) const {

@@ -54,6 +54,8 @@ public:
     void keys(const QList<Qt::Key>& keys, Qt::KeyboardModifiers modifiers = {}) const;
     // Tab, as often as it takes, to the item of that name.
     void tabTo(const QString& objectName) const;
+    // Drags local files over the window's middle, and drops them there if asked.
+    void drag(const QList<QUrl>& urls, bool drop) const;
     // Opens the menu behind a button and picks one of its entries.
     void choose(const QString& button, const QString& entry) const;
     // Popups place their entries on the next frame.

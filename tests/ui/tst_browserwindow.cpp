@@ -11,32 +11,11 @@
 #include "support/IdleDelay.h"
 
 #include <QAccessible>
-#include <QDragEnterEvent>
 #include <QFileInfo>
-#include <QMimeData>
 #include <QRegularExpression>
 #include <QTest>
 
 using testsupport::VaultWindow;
-
-namespace {
-
-void sendDrag(QQuickWindow* window, const QList<QUrl>& urls, bool drop) {
-    QMimeData data;
-    data.setUrls(urls);
-    const QPoint at(400, 300);
-    const Qt::DropActions actions = Qt::CopyAction | Qt::MoveAction;
-    QDragEnterEvent enter(at, actions, &data, Qt::LeftButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(window, &enter);
-    QDragMoveEvent move(at, actions, &data, Qt::LeftButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(window, &move);
-    if (!drop)
-        return;
-    QDropEvent dropped(at, actions, &data, Qt::LeftButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(window, &dropped);
-}
-
-} // namespace
 
 class TestBrowserWindow : public QObject {
     Q_OBJECT
@@ -96,9 +75,9 @@ private slots:
         QList<QUrl> dropped;
         for (const char* path : {"a.txt", "second/b.txt", "c.txt", "d.txt", "e.txt"})
             dropped.append(v.file(path));
-        sendDrag(v.app.window(), dropped, false);
+        v.app.drag(dropped, false);
         QTRY_VERIFY(v.app.shown("dropOverlay"));
-        sendDrag(v.app.window(), dropped, true);
+        v.app.drag(dropped, true);
         v.waitIdle();
         QTRY_VERIFY(!v.app.shown("dropOverlay"));
         QCOMPARE(v.rowNames(), QStringList({"a.txt", "b.txt", "c.txt", "d.txt", "e.txt"}));

@@ -13,7 +13,6 @@
 #include <QDir>
 #include <QDragEnterEvent>
 #include <QFileInfo>
-#include <QMimeData>
 #include <QRegularExpression>
 #include <QSemaphore>
 #include <QTest>
@@ -229,10 +228,7 @@ private slots:
         browser->setShowAbout(true);
         shot("browser-about-sheet", true);
 
-        QMimeData dragged;
-        dragged.setUrls({QUrl::fromLocalFile(v.home.filePath("Family Photos"))});
-        QDragEnterEvent enter(QPoint(400, 300), Qt::CopyAction, &dragged, Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(app.window(), &enter);
+        app.drag({QUrl::fromLocalFile(v.home.filePath("Family Photos"))}, false);
         shot("browser-drop-overlay");
         QDragLeaveEvent leave;
         QCoreApplication::sendEvent(app.window(), &leave);
