@@ -5,14 +5,24 @@
 #include "app/AccessibleControls.h"
 #include "app/AppIdentity.h"
 #include "app/AppPalette.h"
+#include "support/Trees.h"
 
 #include <QAccessible>
 #include <QDir>
-#include <QMetaObject>
+#include <QDragEnterEvent>
+#include <QFileInfo>
+#include <QMimeData>
 #include <QPainter>
 #include <QRegularExpression>
 #include <QSettings>
+#include <QSignalSpy>
 #include <QTest>
+#include <QtQml/QQmlExtensionPlugin>
+
+// The screens' modules, linked in statically.
+Q_IMPORT_QML_PLUGIN(MorvantaPlugin)
+Q_IMPORT_QML_PLUGIN(Morvanta_LockScreensPlugin)
+Q_IMPORT_QML_PLUGIN(Morvanta_BrowserPlugin)
 
 namespace testsupport {
 
@@ -21,12 +31,10 @@ namespace {
 void collectTexts(QQuickItem* item, QStringList& texts) {
     if (!item->isVisible() || item->opacity() == 0)
         return;
-    const QVariant text = item->property("text");
-    if (text.isValid() && !text.toString().isEmpty())
-        texts.append(text.toString());
-    const QVariant placeholder = item->property("placeholderText");
-    if (placeholder.isValid() && !placeholder.toString().isEmpty())
-        texts.append(placeholder.toString());
+    for (const char* property : {"text", "placeholderText"}) {
+        if (const QString text = item->property(property).toString(); !text.isEmpty())
+            texts.append(text);
+    }
     for (QQuickItem* child : item->childItems())
         collectTexts(child, texts);
 }
@@ -84,11 +92,10 @@ AppWindow::AppWindow(HDIUtilRunner runner, const QString& disguiseMode) {
 AppWindow::~AppWindow() {
     m_engine.reset();
     // Whatever a test left open is detached before its folders go.
-    if (m_vault->isUnlocked()) {
-        try {
+    try {
+        if (m_vault->isUnlocked())
             m_vault->lock();
-        } catch (const VaultError&) {
-        }
+    } catch (const VaultError&) {
     }
 }
 
@@ -114,15 +121,23 @@ QObject* AppWindow::screen() const {
     return screen;
 }
 
-QString AppWindow::screenName() const {
-    QObject* shown = screen();
-    return shown ? qmlTypeName(shown) : QString();
-}
-
 QStringList AppWindow::visibleTexts() const {
     QStringList texts;
     collectTexts(m_window->contentItem(), texts);
     return texts;
+}
+
+QString AppWindow::text(const QString& objectName) const {
+    QQuickItem* found = item(objectName);
+    return found ? found->property("text").toString() : QStringLiteral("<missing>");
+}
+
+bool AppWindow::shown(const QString& objectName) const {
+    QObject* popup = screen() ? screen()->findChild<QObject*>(objectName) : nullptr;
+    if (popup && !qobject_cast<QQuickItem*>(popup))
+        return popup->property("visible").toBool();
+    QQuickItem* found = find(objectName);
+    return found && found->isVisible();
 }
 
 void AppWindow::click(const QString& objectName) const {
@@ -145,6 +160,48 @@ void AppWindow::typeInto(const QString& objectName, const QString& text) const {
 void AppWindow::type(const QString& text) const {
     for (QChar c : text)
         QTest::keyClick(m_window, c.toLatin1());
+}
+
+void AppWindow::keys(const QList<Qt::Key>& keys, Qt::KeyboardModifiers modifiers) const {
+    for (Qt::Key key : keys)
+        QTest::keyClick(m_window, key, modifiers);
+}
+
+void AppWindow::tabTo(const QString& objectName) const {
+    QQuickItem* target = item(objectName);
+    for (int i = 0; i < 12 && target && !target->hasActiveFocus(); ++i)
+        QTest::keyClick(m_window, Qt::Key_Tab);
+    if (target && !target->hasActiveFocus())
+        qWarning("Tab never reaches %s", qPrintable(objectName));
+}
+
+void AppWindow::drag(const QList<QUrl>& urls, bool drop) const {
+    QMimeData data;
+    data.setUrls(urls);
+    const QPoint at(m_window->width() / 2, m_window->height() / 2);
+    const Qt::DropActions actions = Qt::CopyAction | Qt::MoveAction;
+    QDragEnterEvent enter(at, actions, &data, Qt::LeftButton, Qt::NoModifier);
+    QDragMoveEvent move(at, actions, &data, Qt::LeftButton, Qt::NoModifier);
+    QDropEvent dropped(at, actions, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(m_window, &enter);
+    QCoreApplication::sendEvent(m_window, &move);
+    if (drop)
+        QCoreApplication::sendEvent(m_window, &dropped);
+}
+
+void AppWindow::choose(const QString& button, const QString& entry) const {
+    click(button);
+    if (!QTest::qWaitFor([&] { return shown(entry); }))
+        qWarning("%s offers no %s", qPrintable(button), qPrintable(entry));
+    waitForFrame();
+    click(entry);
+}
+
+void AppWindow::waitForFrame() const {
+    QSignalSpy swapped(m_window, &QQuickWindow::frameSwapped);
+    m_window->update();
+    if (!swapped.wait(2000))
+        qWarning("No frame was drawn");
 }
 
 bool AppWindow::screenshot(const QString& name, bool withIcon) const {
@@ -172,6 +229,37 @@ bool AppWindow::screenshot(const QString& name, bool withIcon) const {
         painter.drawPixmap(shot.width() - 56, 8, m_window->icon().pixmap(48));
     }
     return shot.save(folder + "/" + name + ".png");
+}
+
+VaultWindow::VaultWindow(const QString& password, HDIUtilRunner runner)
+    : password(password), app(std::move(runner)) {
+    app.vault().createVault(password);
+    app.vault().unlock(password);
+}
+
+QUrl VaultWindow::file(const QString& relativePath, qint64 size) const {
+    const QString path = home.filePath(relativePath);
+    QDir().mkpath(QFileInfo(path).path());
+    writeFile(path, QByteArray(size, 'm'));
+    return QUrl::fromLocalFile(path);
+}
+
+QUrl VaultWindow::added(const QString& relativePath, qint64 size) {
+    const QUrl source = file(relativePath, size);
+    app.vault().addItem(source);
+    return inVault(source.fileName());
+}
+
+QStringList VaultWindow::rowNames() const {
+    QStringList names;
+    for (const VaultItem& item : table()->rows())
+        names.append(item.name);
+    return names;
+}
+
+void VaultWindow::waitIdle() const {
+    if (!QTest::qWaitFor([this] { return !browser()->busy(); }))
+        qWarning("The browser stays busy");
 }
 
 } // namespace testsupport
