@@ -5,11 +5,6 @@
 #include <functional>
 #include <optional>
 
-// Runs `work` later on the main thread, after the window has painted once more, so that a
-// busy state set just before shows while the engine blocks the thread. Dropped if `context`
-// is destroyed first.
-void runAfterNextFrame(QObject* context, std::function<void()> work);
-
 class VaultManager;
 class VaultError;
 
