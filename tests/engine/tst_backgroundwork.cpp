@@ -2,7 +2,7 @@
 // first chunk until the test lets it go makes each moment certain, without timing.
 
 #include "platform/Process.h"
-#include "support/GatedFileLayer.h"
+#include "support/FileLayers.h"
 #include "support/Trees.h"
 #include "support/VaultTestCase.h"
 

@@ -7,8 +7,7 @@
 #include "engine/VaultManager.h"
 #include "platform/QuitSignals.h"
 #include "support/FuseHarness.h"
-#include "support/GatedFileLayer.h"
-#include "support/RecordingFileLayer.h"
+#include "support/FileLayers.h"
 
 #include <QCoreApplication>
 

@@ -7,7 +7,7 @@
 #include "lockscreens/MathQuiz.h"
 #include "support/Accessibility.h"
 #include "support/AppWindow.h"
-#include "support/GatedFileLayer.h"
+#include "support/FileLayers.h"
 #include "support/RecordingRunner.h"
 
 #include <QDir>
