@@ -67,12 +67,6 @@ class TestContents : public VaultTestCase {
     }
 
 private slots:
-    void init() {
-        REQUIRE_FUSE();
-        setUpVault();
-    }
-    void cleanup() { tearDownVault(); }
-
     // Seen from below the file code on the way: the file systems actually flushed before an
     // original goes, not just that a flush was asked for. And an added original leaves no
     // trace among the desktop's recent files.

@@ -33,6 +33,7 @@ class TestBackgroundWork : public VaultTestCase {
         QTRY_VERIFY(m_files->reachedGate.available() > 0);
     }
     void run(const std::function<void(VaultManager&)>& work) {
+        m_result.reset();
         m_vault->runInBackground(work, [this](const std::optional<VaultError>& error) { m_result = error; });
     }
     QStringList vaultEntries() const {
@@ -42,13 +43,6 @@ class TestBackgroundWork : public VaultTestCase {
     }
 
 private slots:
-    void init() {
-        REQUIRE_FUSE();
-        setUpVault();
-        m_result.reset();
-    }
-    void cleanup() { tearDownVault(); }
-
     // A move runs off this thread with its progress in order, to its end or until a cancel or
     // a lock stops it with every byte where it was.
     void aMoveGoesOnUntilCancelledOrLocked_data() {

@@ -56,12 +56,6 @@ class TestReliability : public VaultTestCase {
     }
 
 private slots:
-    void init() {
-        REQUIRE_FUSE();
-        setUpVault();
-    }
-    void cleanup() { tearDownVault(); }
-
     void theMountDisappearsUnderTheApp() {
         const QString mount = root();
         QVERIFY(writeFile(mount + "/kept.txt", "kept"));

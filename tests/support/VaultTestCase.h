@@ -9,10 +9,19 @@
 
 #include <memory>
 
-// The base of test cases that work on a real, open vault: a fresh home folder, a runtime
-// folder of its own, and a vault created and unlocked in "home/.support". Administrator
-// prompts are written down and always dismissed.
+// The base of test cases that work on a real, open vault: before each test a fresh home
+// folder, a runtime folder of its own, and a vault created and unlocked in "home/.support".
+// Administrator prompts are written down and always dismissed.
 class VaultTestCase : public QObject {
+    Q_OBJECT
+
+protected slots:
+    void init() {
+        REQUIRE_FUSE();
+        setUpVault();
+    }
+    void cleanup() { tearDownVault(); }
+
 protected:
     std::unique_ptr<testsupport::ScopedRuntimeDir> m_runtime;
     std::unique_ptr<QTemporaryDir> m_home;
