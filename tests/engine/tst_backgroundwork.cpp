@@ -11,8 +11,7 @@
 #include <QTest>
 #include <QThread>
 
-using testsupport::readFile;
-using testsupport::writeFile;
+using namespace testsupport;
 
 class VaultManagerTestAccess {
 public:

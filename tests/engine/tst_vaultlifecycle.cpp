@@ -24,11 +24,7 @@ public:
     static bool remembersPassword(const VaultManager& vault) { return vault.m_unlockedPassword.has_value(); }
 };
 
-using testsupport::errorOf;
-using testsupport::mountsBelow;
-using testsupport::readFile;
-using testsupport::treeOf;
-using testsupport::writeFile;
+using namespace testsupport;
 
 namespace {
 

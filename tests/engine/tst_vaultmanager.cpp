@@ -21,9 +21,7 @@ using Call = RecordingRunner::Call;
 using Case = VaultError::Case;
 using Error = std::optional<Case>;
 using Replies = QList<HDIUtilResult>;
-using testsupport::readFile;
-using testsupport::thrownBy;
-using testsupport::writeFile;
+using namespace testsupport;
 
 const QString kMount = QStringLiteral("/run/user/1000/morvanta/MorvantaVault");
 const HDIUtilResult kOk{0, {}, {}};

@@ -20,10 +20,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-using testsupport::errorOf;
-using testsupport::readFile;
-using testsupport::treeOf;
-using testsupport::writeFile;
+using namespace testsupport;
 
 class TestReliability : public VaultTestCase {
     Q_OBJECT
