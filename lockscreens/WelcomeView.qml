@@ -43,6 +43,14 @@ Item {
             Behavior on opacity { NumberAnimation { duration: 220 } }
         }
 
+        // The later pages are built after the first frame, so that the window shows sooner;
+        // at once, should one be asked for before that.
+        component LaterPage: Loader {
+            required property int index
+            anchors.fill: parent
+            asynchronous: pager.page !== index
+        }
+
         Page {
             objectName: "introPage"
             index: 0
@@ -84,89 +92,95 @@ Item {
             }
         }
 
-        Page {
-            objectName: "featuresPage"
+        LaterPage {
             index: 1
-            maxContentWidth: 540
-            spacing: 16
+            sourceComponent: Page {
+                objectName: "featuresPage"
+                index: 1
+                maxContentWidth: 540
+                spacing: 16
 
-            Label {
-                Layout.fillWidth: true
-                horizontalAlignment: Text.AlignHCenter
-                text: qsTr("Why Morvanta?")
-                color: Theme.text
-                font.family: "serif"
-                font.pixelSize: 26
-                font.bold: true
-            }
-            GridLayout {
-                Layout.fillWidth: true
-                columns: 2
-                columnSpacing: 10
-                rowSpacing: 10
+                Label {
+                    Layout.fillWidth: true
+                    horizontalAlignment: Text.AlignHCenter
+                    text: qsTr("Why Morvanta?")
+                    color: Theme.text
+                    font.family: "serif"
+                    font.pixelSize: 26
+                    font.bold: true
+                }
+                GridLayout {
+                    Layout.fillWidth: true
+                    columns: 2
+                    columnSpacing: 10
+                    rowSpacing: 10
 
-                Repeater {
-                    model: pager.featureCards
-                    FeatureCard {
-                        required property var modelData
-                        // Equal preferred widths share the row evenly.
-                        Layout.preferredWidth: 100
-                        Layout.fillWidth: true
-                        Layout.fillHeight: true
-                        icon: modelData.icon
-                        title: modelData.title
-                        text: modelData.text
+                    Repeater {
+                        model: pager.featureCards
+                        FeatureCard {
+                            required property var modelData
+                            // Equal preferred widths share the row evenly.
+                            Layout.preferredWidth: 100
+                            Layout.fillWidth: true
+                            Layout.fillHeight: true
+                            icon: modelData.icon
+                            title: modelData.title
+                            text: modelData.text
+                        }
                     }
                 }
             }
         }
 
-        Page {
-            objectName: "closingPage"
+        LaterPage {
             index: 2
-            maxContentWidth: 500
-            spacing: 14
+            sourceComponent: Page {
+                objectName: "closingPage"
+                index: 2
+                maxContentWidth: 500
+                spacing: 14
 
-            Label {
-                Layout.fillWidth: true
-                horizontalAlignment: Text.AlignHCenter
-                text: qsTr("Before you begin")
-                color: Theme.text
-                font.family: "serif"
-                font.pixelSize: 26
-                font.bold: true
-            }
-            ColumnLayout {
-                Layout.fillWidth: true
-                spacing: 4
-                Label {
-                    text: qsTr("Perfect for")
-                    color: Theme.gold
-                    font.pixelSize: 13
-                    font.weight: Font.DemiBold
-                }
                 Label {
                     Layout.fillWidth: true
-                    wrapMode: Text.Wrap
-                    text: qsTr("Tax documents \u00B7 Passwords \u00B7 Personal photos \u00B7 Client files \u00B7 Legal records \u00B7 Apps \u00B7 Anything you'd hate to lose or expose.")
-                    color: Theme.secondaryText
-                    font.pixelSize: 13
-                    lineHeight: 1.15
+                    horizontalAlignment: Text.AlignHCenter
+                    text: qsTr("Before you begin")
+                    color: Theme.text
+                    font.family: "serif"
+                    font.pixelSize: 26
+                    font.bold: true
                 }
-            }
-            InfoBox {
-                Layout.fillWidth: true
-                symbol: "exclamationmark.triangle.fill"
-                tint: Theme.warning
-                heading: qsTr("Forget your password, forget your files.")
-                text: qsTr("There's no \"forgot password\" link. No recovery email. No backdoor. That's not a bug \u2014 it's the whole point. Choose a password you'll remember.")
-            }
-            InfoBox {
-                Layout.fillWidth: true
-                symbol: "externaldrive.fill.badge.checkmark"
-                tint: Theme.gold
-                heading: qsTr("Keep a backup.")
-                text: pager.backupText
+                ColumnLayout {
+                    Layout.fillWidth: true
+                    spacing: 4
+                    Label {
+                        text: qsTr("Perfect for")
+                        color: Theme.gold
+                        font.pixelSize: 13
+                        font.weight: Font.DemiBold
+                    }
+                    Label {
+                        Layout.fillWidth: true
+                        wrapMode: Text.Wrap
+                        text: qsTr("Tax documents \u00B7 Passwords \u00B7 Personal photos \u00B7 Client files \u00B7 Legal records \u00B7 Apps \u00B7 Anything you'd hate to lose or expose.")
+                        color: Theme.secondaryText
+                        font.pixelSize: 13
+                        lineHeight: 1.15
+                    }
+                }
+                InfoBox {
+                    Layout.fillWidth: true
+                    symbol: "exclamationmark.triangle.fill"
+                    tint: Theme.warning
+                    heading: qsTr("Forget your password, forget your files.")
+                    text: qsTr("There's no \"forgot password\" link. No recovery email. No backdoor. That's not a bug \u2014 it's the whole point. Choose a password you'll remember.")
+                }
+                InfoBox {
+                    Layout.fillWidth: true
+                    symbol: "externaldrive.fill.badge.checkmark"
+                    tint: Theme.gold
+                    heading: qsTr("Keep a backup.")
+                    text: pager.backupText
+                }
             }
         }
     }
