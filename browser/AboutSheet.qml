@@ -21,6 +21,8 @@ Popup {
     focus: true
     closePolicy: Popup.CloseOnEscape
     onClosed: browser.showAbout = false
+    // Its own layer is what a screen reader announces as the dialog (see ModalDialog).
+    Component.onCompleted: background.parent.Accessible.name = qsTr("About Morvanta")
 
     T.Overlay.modal: Rectangle {
         color: Qt.rgba(0.01, 0.01, 0.04, 0.6)

@@ -1,6 +1,5 @@
 import QtQuick
 import QtQuick.Controls.Basic
-import QtQuick.Templates as T
 import QtQuick.Layouts
 import Morvanta.LockScreens
 import Morvanta.Browser
@@ -8,7 +7,7 @@ import Morvanta.Browser
 // A small modal question over the browser: a title, a message, Cancel and one action, which
 // may be destructive. What the action does is the caller's (`confirmed`); Cancel, Escape and
 // the action all close it.
-Dialog {
+ModalDialog {
     id: dialog
 
     property string message
@@ -20,29 +19,10 @@ Dialog {
     property Item initialFocus: cancelButton
     signal confirmed
 
-    parent: T.Overlay.overlay
-    anchors.centerIn: parent
-    width: 420
-    modal: true
-    focus: true
-    closePolicy: Popup.CloseOnEscape
     padding: 22
     topPadding: 8
     bottomPadding: 18
-    enter: null
-    exit: null
     onOpened: initialFocus.forceActiveFocus(Qt.TabFocusReason)
-
-    T.Overlay.modal: Rectangle {
-        color: Qt.rgba(0.01, 0.01, 0.04, 0.55)
-    }
-
-    background: Rectangle {
-        radius: 14
-        color: "#1c1932"
-        border.width: 1
-        border.color: Qt.rgba(1, 1, 1, 0.13)
-    }
 
     header: Label {
         objectName: dialog.objectName + "Title"
@@ -58,9 +38,6 @@ Dialog {
 
     contentItem: ColumnLayout {
         spacing: 14
-        // Named after its title, also for a screen reader started after it was made.
-        Accessible.role: Accessible.Dialog
-        Accessible.name: dialog.title
 
         Label {
             objectName: dialog.objectName + "Message"

@@ -7,6 +7,10 @@
         <source>Done</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>About Morvanta</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>ActionBar</name>

@@ -68,7 +68,8 @@ QAccessibleInterface* accessibleNamed(QQuickWindow* window, const QString& objec
 QStringList accessibilityProblems(QQuickWindow* window, const QStringList& secrets) {
     // As with a screen reader running: the controls fill in their roles and names.
     QAccessible::setActive(true);
-    static const QList<QAccessible::Role> actedOn = {QAccessible::MenuItem, QAccessible::ColumnHeader};
+    static const QList<QAccessible::Role> actedOn = {QAccessible::MenuItem, QAccessible::ColumnHeader,
+                                                        QAccessible::Dialog};
     QStringList problems;
     QSet<const QObject*> reached;
     const auto checkNameAndRole = [&](QAccessibleInterface* element, const QString& what) {
