@@ -6,6 +6,7 @@
 #include <QFileInfo>
 #include <QGridLayout>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMimeDatabase>
 #include <QPointer>
 #include <QPushButton>
@@ -18,7 +19,8 @@ namespace {
 
 // Files and folders in one pick: no desktop's own chooser offers both at once, so Qt's own
 // dialog is used, accepting the selected files and folders as they are. Double-clicking a
-// folder, or Return on it in the list, still opens it.
+// folder, or Return on it in the list or with its name typed, still opens it: only the
+// button takes a folder in.
 class FilesAndFoldersDialog : public QFileDialog {
 public:
     using QFileDialog::QFileDialog;
@@ -27,6 +29,12 @@ public:
         const QStringList chosen = selectedFiles();
         if (chosen.isEmpty())
             return;
+        auto* typed = findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+        if (typed && typed->hasFocus() && chosen.size() == 1 && QFileInfo(chosen.first()).isDir()) {
+            setDirectory(chosen.first());
+            typed->clear();
+            return;
+        }
         for (const QString& path : chosen) {
             if (!QFileInfo::exists(path))
                 return;

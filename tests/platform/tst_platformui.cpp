@@ -10,7 +10,9 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QLabel>
+#include <QLineEdit>
 #include <QListView>
+#include <QPointer>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
@@ -66,6 +68,18 @@ private slots:
         QDir().mkpath(photos);
         platform::Panels panels;
         const auto open = [&](auto... args) { panels.openPanel({true, true, true, "Add to Vault", {}}, args...); };
+        // A folder's name typed and Return: into the folder, as in any file dialog; nothing taken.
+        QCOMPARE(answerOf<QList<QUrl>>(open, [&](QFileDialog* dialog) {
+                     dialog->setDirectory(dir.path());
+                     auto* name = dialog->findChild<QLineEdit*>("fileNameEdit");
+                     name->setFocus();
+                     QTRY_VERIFY(name->hasFocus());
+                     QTest::keyClicks(name, "Photos");
+                     const QPointer<QFileDialog> still(dialog);
+                     QTest::keyClick(name, Qt::Key_Return);
+                     QTRY_VERIFY(still && still->directory().absolutePath() == photos);
+                 }),
+                 std::nullopt);
         QCOMPARE(answerOf<QList<QUrl>>(open, [&](QFileDialog* dialog) {
                      QCOMPARE(dialog->fileMode(), QFileDialog::ExistingFiles);
                      // Selected as a click would, once the folder has been read (the name field
