@@ -60,7 +60,7 @@ private slots:
     }
 
     // Files and folders in one pick: a folder chosen in the list is taken, not opened, and the
-    // button says so. A save panel proposes the name and type and says what it is for. A lock
+    // button says so; one typed is opened. A save panel proposes the name and type and says what it is for. A lock
     // replaces the screen that asked: its panel closes, and nothing chosen arrives.
     void panelsAnswerAsTheUserChose() {
         QTemporaryDir dir;
@@ -68,8 +68,9 @@ private slots:
         QDir().mkpath(photos);
         platform::Panels panels;
         const auto open = [&](auto... args) { panels.openPanel({true, true, true, "Add to Vault", {}}, args...); };
-        // A folder's name typed and Return: into the folder, as in any file dialog; nothing taken.
         QCOMPARE(answerOf<QList<QUrl>>(open, [&](QFileDialog* dialog) {
+                     QCOMPARE(dialog->fileMode(), QFileDialog::ExistingFiles);
+                     // A folder's name typed and Return: into the folder, as in any file dialog.
                      dialog->setDirectory(dir.path());
                      auto* name = dialog->findChild<QLineEdit*>("fileNameEdit");
                      name->setFocus();
@@ -78,10 +79,6 @@ private slots:
                      const QPointer<QFileDialog> still(dialog);
                      QTest::keyClick(name, Qt::Key_Return);
                      QTRY_VERIFY(still && still->directory().absolutePath() == photos);
-                 }),
-                 std::nullopt);
-        QCOMPARE(answerOf<QList<QUrl>>(open, [&](QFileDialog* dialog) {
-                     QCOMPARE(dialog->fileMode(), QFileDialog::ExistingFiles);
                      // Selected as a click would, once the folder has been read (the name field
                      // ignores a selection made while it has the focus).
                      dialog->setDirectory(dir.path());
