@@ -223,7 +223,8 @@ QAccessibleInterface* controlFactory(const QString&, QObject* object) {
         return nullptr;
     if (isSecretField(item))
         return new SecretField(item);
-    if (item->inherits("QQuickButton"))
+    // Qt Quick Controls' buttons, and the plain ones of the first screens.
+    if (item->inherits("QQuickButton") || item->property("pushButton").toBool())
         return new ButtonControl(item);
     return nullptr;
 }

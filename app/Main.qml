@@ -1,16 +1,15 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import Morvanta.LockScreens
-import Morvanta.Browser
 
-// The application's one window.
-ApplicationWindow {
+// The application's one window: a plain Qt Quick window, so that the first frame loads no
+// control library; the open vault's screens bring theirs when they are first shown.
+Window {
     id: window
 
     required property VaultManager vault
     required property Settings settings
-    required property Panels panels
-    required property Workspace workspace
+    required property QtObject panels
+    required property QtObject workspace
 
     width: 600
     height: 600

@@ -1,7 +1,6 @@
 import QtQuick
 import Morvanta
 import Morvanta.LockScreens
-import Morvanta.Browser
 
 // The window's content: welcome pages, setup, lock screen or the open vault, as the
 // engine's state and the disguise say.
@@ -10,37 +9,55 @@ Item {
 
     required property VaultManager vault
     required property Settings settings
-    required property Panels panels
-    required property Workspace workspace
+    required property QtObject panels
+    required property QtObject workspace
 
     readonly property RootRouter router: router
 
+    // The open vault's screens are loaded from their file when first needed, not named here:
+    // the lock screen's first frame waits for none of their parts.
+    readonly property url openVaultScreen: "qrc:/qt/qml/Morvanta/Browser/VaultView.qml"
+    property Component preloaded
+
     function contentDisappearing() {
         router.contentDisappearing()
+    }
+
+    // Reads the open vault's screens in the background, so that the first unlock shows them
+    // without reading them then.
+    function preloadOpenVault() {
+        preloaded = Qt.createComponent(openVaultScreen, Component.Asynchronous)
+    }
+
+    function showScreen() {
+        switch (router.screen) {
+        case RootRouter.Welcome:
+            loader.sourceComponent = welcome
+            break
+        case RootRouter.Setup:
+            loader.sourceComponent = setup
+            break
+        case RootRouter.Unlock:
+            loader.sourceComponent = unlock
+            break
+        default:
+            loader.setSource(openVaultScreen, {vault: root.vault, settings: root.settings,
+                                               panels: root.panels, workspace: root.workspace})
+        }
     }
 
     RootRouter {
         id: router
         vault: root.vault
         disguiseRaw: root.settings.disguiseMode
+        onScreenChanged: root.showScreen()
     }
 
     Loader {
         id: loader
         objectName: "screenLoader"
         anchors.fill: parent
-        sourceComponent: {
-            switch (router.screen) {
-            case RootRouter.Welcome:
-                return welcome
-            case RootRouter.Setup:
-                return setup
-            case RootRouter.Unlock:
-                return unlock
-            default:
-                return unlocked
-            }
-        }
+        Component.onCompleted: root.showScreen()
     }
 
     Component {
@@ -62,15 +79,6 @@ Item {
         UnlockView {
             vault: root.vault
             disguiseRaw: root.settings.disguiseMode
-        }
-    }
-    Component {
-        id: unlocked
-        VaultView {
-            vault: root.vault
-            settings: root.settings
-            panels: root.panels
-            workspace: root.workspace
         }
     }
 }

@@ -4,6 +4,7 @@
 #include "CommandLine.h"
 #include "Translation.h"
 #include "engine/VaultManager.h"
+#include "platform/FontWarmUp.h"
 #include "platform/Hardening.h"
 #include "platform/Panels.h"
 #include "platform/QuitSignals.h"
@@ -17,11 +18,23 @@
 #include <QQmlApplicationEngine>
 #include <QQuickWindow>
 #include <QUrl>
+
+#include <memory>
 #include <QtQml/QQmlExtensionPlugin>
 
 Q_IMPORT_QML_PLUGIN(MorvantaPlugin)
 Q_IMPORT_QML_PLUGIN(Morvanta_LockScreensPlugin)
 Q_IMPORT_QML_PLUGIN(Morvanta_BrowserPlugin)
+
+namespace {
+
+// Runs `work` on this thread once the window has shown its first frame.
+void afterFirstFrame(QQuickWindow* window, std::function<void()> work) {
+    QObject::connect(window, &QQuickWindow::frameSwapped, window, std::move(work),
+                     Qt::ConnectionType(Qt::QueuedConnection | Qt::SingleShotConnection));
+}
+
+} // namespace
 
 int main(int argc, char* argv[]) {
     // The master password lives in this process while the vault is open.
@@ -31,6 +44,7 @@ int main(int argc, char* argv[]) {
     if (argc > 1)
         return runCommandLine(argc, argv);
 
+    platform::FontWarmUp fonts;
     // A widgets application only for the file pickers, which Qt offers as widgets.
     const bool portalDialogs = platform::preferPortalFileDialogs();
     QApplication app(argc, argv);
@@ -56,6 +70,8 @@ int main(int argc, char* argv[]) {
     platform::Panels panels;
     platform::Workspace workspace;
     VaultManager vault;
+    // A mount left by a crash is looked for on the worker, ahead of any unlock.
+    vault.runInBackground([](VaultManager& v) { v.detachStaleMounts(); }, {});
     // Before the window exists, so that its first frame already wears the disguise.
     installAccessibility();
     followDisguise(settings);
@@ -63,12 +79,6 @@ int main(int argc, char* argv[]) {
     instance.setLockHandler([&vault] { return lockForCommandLine(vault); });
 
     platform::lockOnTheWayOut([&vault] { vault.lockIfUnlocked(); });
-    // Leaving the machine locks the vault: before sleep (logind waits for it) and when the
-    // screen locks.
-    platform::SessionWatcher session(QDBusConnection::systemBus(), QDBusConnection::sessionBus());
-    QObject::connect(&session, &platform::SessionWatcher::lockRequested, &vault,
-                     &VaultManager::lockIfUnlocked, Qt::DirectConnection);
-
     QQmlApplicationEngine engine;
     engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
     engine.setInitialProperties({{QStringLiteral("vault"), QVariant::fromValue(&vault)},
@@ -79,6 +89,18 @@ int main(int argc, char* argv[]) {
     if (engine.rootObjects().isEmpty())
         return 1;
     auto* window = qobject_cast<QQuickWindow*>(engine.rootObjects().first());
+
+    // Leaving the machine locks the vault: before sleep (logind waits for it) and when the
+    // screen locks. Nothing is open before the first frame, so the buses are reached after it.
+    std::unique_ptr<platform::SessionWatcher> session;
+    afterFirstFrame(window, [&session, &vault, window] {
+        session = std::make_unique<platform::SessionWatcher>(QDBusConnection::systemBus(),
+                                                             QDBusConnection::sessionBus());
+        QObject::connect(session.get(), &platform::SessionWatcher::lockRequested, &vault,
+                         &VaultManager::lockIfUnlocked, Qt::DirectConnection);
+        QMetaObject::invokeMethod(window->findChild<QObject*>(QStringLiteral("rootView")),
+                                  "preloadOpenVault");
+    });
 
     QObject::connect(&instance, &platform::SingleInstance::activationRequested, window, [window] {
         window->show();

@@ -33,7 +33,6 @@ VaultManager::VaultManager(std::optional<QString> supportDir, HDIUtilRunner hdiu
     : QObject(parent), m_supportDir(supportDir ? *supportDir : defaultSupportDir()),
       m_hdiutilRunner(hdiutilRunner ? std::move(hdiutilRunner) : HDIUtilRunner(runHDIUtilProcess)) {
     QDir().mkpath(m_supportDir);
-    detachStaleMounts();
 }
 
 VaultManager::~VaultManager() {

@@ -44,9 +44,7 @@ class VaultManager : public QObject {
 
 public:
     // Without a support folder the user's data folder + "Morvanta" is used; without a runner
-    // the disk-image tool is run for real. A mount of this vault's image left behind by an app
-    // that has gone (a crash) is detached, so that the vault starts locked; one that a
-    // running instance holds open is left alone.
+    // the disk-image tool is run for real.
     explicit VaultManager(std::optional<QString> supportDir = std::nullopt,
                           HDIUtilRunner hdiutilRunner = runHDIUtilProcess,
                           QObject* parent = nullptr);
@@ -65,6 +63,10 @@ public:
     QString bundlePath() const;
     // Whether the vault image exists; asked of the file system every time.
     Q_INVOKABLE bool vaultExists() const;
+
+    // Detaches the mounts of this vault's image left behind by an app that has gone (a crash),
+    // so that the vault starts locked; one that a running instance holds open is left alone.
+    void detachStaleMounts();
 
     void createVault(const QString& password);
     void unlock(const QString& password);
@@ -152,7 +154,6 @@ private:
                           const HDIUtilOutputLine& onLine = {}) const;
     // "attach" and publishing the unlocked state; shared with reopening after a re-key.
     void attach(const QString& password);
-    void detachStaleMounts();
     // The mount points of this vault's image the tool knows of; nothing if it cannot say.
     std::optional<QStringList> attachedMountPoints() const;
     // For operations that write into the vault: throws notMounted, and shows the vault

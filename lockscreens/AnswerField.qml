@@ -1,36 +1,44 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import Morvanta.LockScreens
 
 // The quiz's answer box, in the system's own colours. What is typed here may be the
 // password, so no accessibility client reads it back (`secretEntry`).
-TextField {
+TextInput {
     id: field
 
+    readonly property bool visualFocus: KeyboardFocus.visible
     readonly property bool secretEntry: true
 
-    implicitHeight: 48
+    activeFocusOnTab: true
     horizontalAlignment: TextInput.AlignHCenter
-    verticalAlignment: TextInput.AlignVCenter
+    leftPadding: 12
+    rightPadding: 12
+    // 48 pixels high, the text in the middle.
+    topPadding: (48 - contentHeight) / 2
+    bottomPadding: topPadding
     font.pixelSize: 20
     color: system.text
+    selectionColor: system.highlight
+    selectedTextColor: system.highlightedText
     selectByMouse: true
+    Accessible.role: Accessible.EditableText
     Accessible.name: placeholder.text
 
     SystemPalette {
         id: system
     }
 
-    background: Rectangle {
+    Rectangle {
+        z: -1
+        anchors.fill: parent
         radius: 10
         color: system.base
         border.width: 1
         border.color: field.activeFocus ? system.highlight : system.mid
     }
 
-    // The style hides a centred placeholder while the box has focus, which this box nearly
-    // always has; this one shows whenever the box is empty.
-    Label {
+    // Shows whenever the box is empty, also while it has the focus, which it nearly always has.
+    Text {
         id: placeholder
         anchors.centerIn: parent
         visible: field.length === 0 && field.preeditText === ""

@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import Morvanta.LockScreens
 
@@ -24,5 +23,15 @@ Flickable {
         spacing: 14
     }
 
-    ScrollIndicator.vertical: ScrollIndicator {}
+    // Where the view is in the column, while it moves.
+    Rectangle {
+        parent: flick
+        visible: flick.moving && flick.visibleArea.heightRatio < 1
+        x: flick.width - width - 2
+        y: flick.visibleArea.yPosition * flick.height
+        width: 2
+        height: flick.visibleArea.heightRatio * flick.height
+        radius: 1
+        color: Qt.rgba(0.5, 0.5, 0.5, 0.6)
+    }
 }

@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import Morvanta.LockScreens
 
@@ -41,7 +40,7 @@ Rectangle {
             Layout.fillWidth: true
             Layout.alignment: Qt.AlignTop
             spacing: 3
-            Label {
+            Text {
                 Layout.fillWidth: true
                 text: card.title
                 color: Theme.text
@@ -49,7 +48,7 @@ Rectangle {
                 font.weight: Font.DemiBold
                 wrapMode: Text.Wrap
             }
-            Label {
+            Text {
                 Layout.fillWidth: true
                 text: card.text
                 color: Theme.secondaryText

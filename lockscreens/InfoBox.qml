@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import Morvanta.LockScreens
 
@@ -34,7 +33,7 @@ Rectangle {
         ColumnLayout {
             Layout.fillWidth: true
             spacing: 4
-            Label {
+            Text {
                 Layout.fillWidth: true
                 text: box.heading
                 color: Theme.text
@@ -42,7 +41,7 @@ Rectangle {
                 font.bold: true
                 wrapMode: Text.Wrap
             }
-            Label {
+            Text {
                 Layout.fillWidth: true
                 text: box.text
                 color: Theme.secondaryText

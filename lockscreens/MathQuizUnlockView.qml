@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import Morvanta.LockScreens
 
@@ -36,7 +35,7 @@ Item {
         maxContentWidth: 320
         spacing: 28
 
-        Label {
+        Text {
             objectName: "title"
             Layout.fillWidth: true
             horizontalAlignment: Text.AlignHCenter
@@ -45,7 +44,7 @@ Item {
             font.pixelSize: 22
             font.weight: Font.DemiBold
         }
-        Label {
+        Text {
             objectName: "question"
             Layout.fillWidth: true
             horizontalAlignment: Text.AlignHCenter
@@ -75,14 +74,14 @@ Item {
                 name: quiz.hasMessage ? quiz.messageSymbol : "checkmark.circle.fill"
                 color: messageLine.tint
             }
-            Label {
+            Text {
                 text: quiz.messageText
                 color: messageLine.tint
                 font.pixelSize: 16
                 font.weight: Font.DemiBold
             }
         }
-        Button {
+        PushButton {
             id: submitButton
             objectName: "submitButton"
             Layout.alignment: Qt.AlignHCenter
@@ -91,34 +90,30 @@ Item {
             enabled: !quiz.busy
             text: quiz.buttonLabel
             font.pixelSize: 15
-            focusPolicy: Qt.TabFocus
-            Accessible.name: text
             onClicked: quiz.submit()
 
-            contentItem: Item {
-                implicitWidth: row.implicitWidth
-                implicitHeight: row.implicitHeight
-                RowLayout {
-                    id: row
-                    anchors.centerIn: parent
-                    spacing: 8
-                    Spinner {
-                        visible: quiz.busy
-                        Layout.preferredWidth: 15
-                        Layout.preferredHeight: 15
-                        color: system.highlightedText
-                    }
-                    Label {
-                        text: submitButton.text
-                        font: submitButton.font
-                        color: system.highlightedText
-                    }
-                }
-            }
-            background: Rectangle {
+            Rectangle {
+                anchors.fill: parent
                 radius: 10
                 color: submitButton.down ? Qt.darker(system.highlight, 1.15) : system.highlight
                 opacity: submitButton.enabled ? 1 : 0.6
+            }
+            Row {
+                anchors.centerIn: parent
+                spacing: 8
+                Spinner {
+                    anchors.verticalCenter: parent.verticalCenter
+                    visible: quiz.busy
+                    width: 15
+                    height: 15
+                    color: system.highlightedText
+                }
+                Text {
+                    anchors.verticalCenter: parent.verticalCenter
+                    text: submitButton.text
+                    font: submitButton.font
+                    color: system.highlightedText
+                }
             }
             FocusRing {
                 accent: system.highlight

@@ -1,37 +1,54 @@
 import QtQuick
 import Morvanta.LockScreens
-import QtQuick.Controls.Basic
 
 // A masked entry with a symbol in front, on the dark screens. Its placeholder is its name.
-TextField {
+TextInput {
     id: field
 
     property string symbol: "lock.fill"
     property color accent: Theme.gold
+    property string placeholderText
+    readonly property bool visualFocus: KeyboardFocus.visible
     // Known from the field's first moment, before its echo mode is: an accessibility client
     // asks about the field while it is still being built.
     readonly property bool secretEntry: true
 
-    implicitHeight: 46
+    activeFocusOnTab: true
     echoMode: TextInput.Password
     passwordCharacter: "\u2022"
     color: Theme.text
-    placeholderTextColor: Theme.faintText
     selectionColor: Qt.rgba(accent.r, accent.g, accent.b, 0.35)
     selectedTextColor: Theme.text
     selectByMouse: true
     font.pixelSize: 15
     leftPadding: 44
     rightPadding: 14
-    verticalAlignment: TextInput.AlignVCenter
+    // 46 pixels high, the text in the middle.
+    topPadding: (46 - contentHeight) / 2
+    bottomPadding: topPadding
+    Accessible.role: Accessible.EditableText
     Accessible.name: placeholderText
+    Accessible.passwordEdit: true
 
-    background: Rectangle {
+    Rectangle {
+        z: -1
+        anchors.fill: parent
         radius: 10
         color: Theme.fieldFill
         border.width: 1
         border.color: field.activeFocus ? Qt.rgba(field.accent.r, field.accent.g, field.accent.b, 0.7)
                                         : Theme.fieldBorder
+    }
+
+    Text {
+        x: field.leftPadding
+        width: field.width - field.leftPadding - field.rightPadding
+        anchors.verticalCenter: parent.verticalCenter
+        visible: field.length === 0 && field.preeditText === ""
+        text: field.placeholderText
+        font: field.font
+        color: Theme.faintText
+        elide: Text.ElideRight
     }
 
     FocusRing {

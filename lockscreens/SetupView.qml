@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import Morvanta.LockScreens
 
@@ -33,7 +32,7 @@ Item {
             Layout.alignment: Qt.AlignHCenter
             Layout.bottomMargin: 4
         }
-        Label {
+        Text {
             objectName: "title"
             Layout.fillWidth: true
             horizontalAlignment: Text.AlignHCenter
@@ -43,7 +42,7 @@ Item {
             font.family: form.disguised ? Qt.application.font.family : "serif"
             font.weight: form.disguised ? Font.DemiBold : Font.Bold
         }
-        Label {
+        Text {
             objectName: "subtitle"
             Layout.fillWidth: true
             Layout.bottomMargin: 6

@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import Morvanta.LockScreens
 
@@ -40,7 +39,7 @@ Item {
             Layout.alignment: Qt.AlignHCenter
             Layout.bottomMargin: 6
         }
-        Label {
+        Text {
             objectName: "title"
             Layout.fillWidth: true
             horizontalAlignment: Text.AlignHCenter
@@ -50,7 +49,7 @@ Item {
             font.family: root.stealth ? Qt.application.font.family : "serif"
             font.weight: root.stealth ? Font.DemiBold : Font.Bold
         }
-        Label {
+        Text {
             objectName: "subtitle"
             Layout.fillWidth: true
             Layout.bottomMargin: 8

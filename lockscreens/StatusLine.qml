@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import Morvanta.LockScreens
 
@@ -22,7 +21,7 @@ RowLayout {
         name: line.symbol
         color: line.color
     }
-    Label {
+    Text {
         id: label
         Layout.fillWidth: true
         wrapMode: Text.Wrap

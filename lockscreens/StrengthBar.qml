@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import Morvanta.LockScreens
 
@@ -27,7 +26,7 @@ RowLayout {
             }
         }
     }
-    Label {
+    Text {
         objectName: "strengthCaption"
         Layout.fillWidth: true
         text: bar.caption

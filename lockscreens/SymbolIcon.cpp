@@ -105,8 +105,9 @@ QStringList SymbolIcon::knownNames() {
 }
 
 QImage SymbolIcon::render(const QString& name, const QColor& color, QSize size) {
-    QFile file(resourceFor(name));
-    if (size.isEmpty() || !file.open(QIODevice::ReadOnly))
+    const QString path = resourceFor(name);
+    QFile file(path);
+    if (size.isEmpty() || path.isEmpty() || !file.open(QIODevice::ReadOnly))
         return {};
     QByteArray svg = file.readAll();
     // The symbols are drawn in "currentColor"; the app icon keeps its own colours.

@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import Morvanta.LockScreens
 
@@ -62,7 +61,7 @@ Item {
                 Layout.preferredHeight: 96
                 Layout.bottomMargin: 8
             }
-            Label {
+            Text {
                 Layout.fillWidth: true
                 horizontalAlignment: Text.AlignHCenter
                 wrapMode: Text.Wrap
@@ -72,7 +71,7 @@ Item {
                 font.pixelSize: 30
                 font.bold: true
             }
-            Label {
+            Text {
                 Layout.fillWidth: true
                 horizontalAlignment: Text.AlignHCenter
                 text: pager.introSubtitle
@@ -80,7 +79,7 @@ Item {
                 font.pixelSize: 15
                 font.weight: Font.DemiBold
             }
-            Label {
+            Text {
                 Layout.fillWidth: true
                 Layout.topMargin: 8
                 horizontalAlignment: Text.AlignHCenter
@@ -100,7 +99,7 @@ Item {
                 maxContentWidth: 540
                 spacing: 16
 
-                Label {
+                Text {
                     Layout.fillWidth: true
                     horizontalAlignment: Text.AlignHCenter
                     text: qsTr("Why Morvanta?")
@@ -140,7 +139,7 @@ Item {
                 maxContentWidth: 500
                 spacing: 14
 
-                Label {
+                Text {
                     Layout.fillWidth: true
                     horizontalAlignment: Text.AlignHCenter
                     text: qsTr("Before you begin")
@@ -152,13 +151,13 @@ Item {
                 ColumnLayout {
                     Layout.fillWidth: true
                     spacing: 4
-                    Label {
+                    Text {
                         text: qsTr("Perfect for")
                         color: Theme.gold
                         font.pixelSize: 13
                         font.weight: Font.DemiBold
                     }
-                    Label {
+                    Text {
                         Layout.fillWidth: true
                         wrapMode: Text.Wrap
                         text: qsTr("Tax documents \u00B7 Passwords \u00B7 Personal photos \u00B7 Client files \u00B7 Legal records \u00B7 Apps \u00B7 Anything you'd hate to lose or expose.")

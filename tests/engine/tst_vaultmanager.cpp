@@ -107,7 +107,7 @@ private slots:
         QVERIFY(writeFile(m_dir.filePath("recently-used.xbel"),
                           "<xbel version=\"1.0\"><bookmark href=\"file:///run/live/a\"/>"
                           "<bookmark href=\"file:///run/crashed/b\"/></xbel>"));
-        VaultManager vault(supportDir(), m_tool.runner());
+        VaultManager(supportDir(), m_tool.runner()).detachStaleMounts();
         qunsetenv("XDG_DATA_HOME");
         const QByteArray recent = readFile(m_dir.filePath("recently-used.xbel"));
         QVERIFY2(recent.contains("/run/live/a") && !recent.contains("crashed"), recent.constData());

@@ -43,6 +43,7 @@ class TestReliability : public VaultTestCase {
     // a registry that reads and no half-made copy.
     void restartAndUnlock() {
         m_vault = std::make_unique<VaultManager>(support(), testsupport::fastToolRunner());
+        m_vault->detachStaleMounts();
         QVERIFY(!m_vault->isUnlocked());
         QVERIFY(testsupport::mountsBelow(m_runtime->path()).isEmpty());
         m_vault->unlock("pw");

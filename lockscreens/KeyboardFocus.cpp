@@ -1,0 +1,21 @@
+#include "KeyboardFocus.h"
+
+#include <QFocusEvent>
+
+KeyboardFocus::KeyboardFocus(QObject* item) : QObject(item) { item->installEventFilter(this); }
+
+bool KeyboardFocus::eventFilter(QObject*, QEvent* event) {
+    bool visible = m_visible;
+    if (event->type() == QEvent::FocusIn) {
+        const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
+        visible = reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason ||
+                  reason == Qt::ShortcutFocusReason;
+    } else if (event->type() == QEvent::FocusOut) {
+        visible = false;
+    }
+    if (visible != m_visible) {
+        m_visible = visible;
+        emit visibleChanged();
+    }
+    return false;
+}
