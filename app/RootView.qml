@@ -14,9 +14,10 @@ Item {
 
     readonly property RootRouter router: router
 
-    // The open vault's screens are loaded from their file when first needed, not named here:
-    // the lock screen's first frame waits for none of their parts.
-    readonly property url openVaultScreen: "qrc:/qt/qml/Morvanta/Browser/VaultView.qml"
+    // Each screen is loaded from its file when it is shown, not named here: the first frame
+    // waits only for the screen it shows, and the lock screen for none of the open vault's
+    // parts nor the controls they are built of.
+    readonly property string screens: "qrc:/qt/qml/Morvanta/"
     property Component preloaded
 
     function contentDisappearing() {
@@ -26,23 +27,26 @@ Item {
     // Reads the open vault's screens in the background, so that the first unlock shows them
     // without reading them then.
     function preloadOpenVault() {
-        preloaded = Qt.createComponent(openVaultScreen, Component.Asynchronous)
+        preloaded = Qt.createComponent(screens + "Browser/VaultView.qml", Component.Asynchronous)
     }
 
     function showScreen() {
+        const disguise = Qt.binding(() => root.settings.disguiseMode)
         switch (router.screen) {
         case RootRouter.Welcome:
-            loader.sourceComponent = welcome
+            loader.setSource(screens + "LockScreens/WelcomeView.qml")
             break
         case RootRouter.Setup:
-            loader.sourceComponent = setup
+            loader.setSource(screens + "LockScreens/SetupView.qml",
+                             {vault: root.vault, disguiseRaw: disguise})
             break
         case RootRouter.Unlock:
-            loader.sourceComponent = unlock
+            loader.setSource(screens + "UnlockView.qml", {vault: root.vault, disguiseRaw: disguise})
             break
         default:
-            loader.setSource(openVaultScreen, {vault: root.vault, settings: root.settings,
-                                               panels: root.panels, workspace: root.workspace})
+            loader.setSource(screens + "Browser/VaultView.qml",
+                             {vault: root.vault, settings: root.settings, panels: root.panels,
+                              workspace: root.workspace})
         }
     }
 
@@ -50,35 +54,29 @@ Item {
         id: router
         vault: root.vault
         disguiseRaw: root.settings.disguiseMode
-        onScreenChanged: root.showScreen()
+        onScreenChanged: {
+            if (loader.completed)
+                root.showScreen()
+        }
     }
 
     Loader {
         id: loader
         objectName: "screenLoader"
         anchors.fill: parent
-        Component.onCompleted: root.showScreen()
+        property bool completed: false
+        Component.onCompleted: {
+            completed = true
+            root.showScreen()
+        }
     }
 
-    Component {
-        id: welcome
-        WelcomeView {
-            ctaLabel: qsTr("Get Started")
-            onContinued: router.hasSeenWelcome = true
-        }
-    }
-    Component {
-        id: setup
-        SetupView {
-            vault: root.vault
-            disguiseRaw: root.settings.disguiseMode
-        }
-    }
-    Component {
-        id: unlock
-        UnlockView {
-            vault: root.vault
-            disguiseRaw: root.settings.disguiseMode
+    Connections {
+        target: loader.item
+        ignoreUnknownSignals: true
+        // The welcome pages' last button.
+        function onContinued() {
+            router.hasSeenWelcome = true
         }
     }
 }
