@@ -3,51 +3,71 @@ import Morvanta.LockScreens
 
 // The quiz's answer box, in the system's own colours. What is typed here may be the
 // password, so no accessibility client reads it back (`secretEntry`).
-TextInput {
+FocusScope {
     id: field
 
-    readonly property bool visualFocus: KeyboardFocus.visible
-    readonly property bool secretEntry: true
+    property alias text: entry.text
+    readonly property alias entry: entry
 
-    activeFocusOnTab: true
-    horizontalAlignment: TextInput.AlignHCenter
-    leftPadding: 12
-    rightPadding: 12
-    // 48 pixels high, the text in the middle.
-    topPadding: (48 - contentHeight) / 2
-    bottomPadding: topPadding
-    font.pixelSize: 20
-    color: system.text
-    selectionColor: system.highlight
-    selectedTextColor: system.highlightedText
-    selectByMouse: true
-    Accessible.role: Accessible.EditableText
-    Accessible.name: placeholder.text
+    signal accepted
+
+    implicitWidth: 200
+    implicitHeight: 48
 
     SystemPalette {
         id: system
     }
 
     Rectangle {
-        z: -1
         anchors.fill: parent
         radius: 10
         color: system.base
         border.width: 1
-        border.color: field.activeFocus ? system.highlight : system.mid
+        border.color: entry.activeFocus ? system.highlight : system.mid
     }
 
-    // Shows whenever the box is empty, also while it has the focus, which it nearly always has.
-    Text {
-        id: placeholder
-        anchors.centerIn: parent
-        visible: field.length === 0 && field.preeditText === ""
-        text: qsTr("Answer")
-        font: field.font
-        color: Qt.rgba(system.text.r, system.text.g, system.text.b, 0.4)
+    Item {
+        anchors.fill: parent
+        anchors.leftMargin: 12
+        anchors.rightMargin: 12
+        clip: true
+
+        TextInput {
+            id: entry
+
+            readonly property bool visualFocus: KeyboardFocus.visible
+            readonly property bool secretEntry: true
+            readonly property string placeholderText: placeholder.text
+
+            anchors.fill: parent
+            focus: true
+            activeFocusOnTab: true
+            horizontalAlignment: TextInput.AlignHCenter
+            verticalAlignment: TextInput.AlignVCenter
+            font.pixelSize: 20
+            color: system.text
+            selectionColor: system.highlight
+            selectedTextColor: system.highlightedText
+            selectByMouse: true
+            Accessible.role: Accessible.EditableText
+            Accessible.name: placeholder.text
+            onAccepted: field.accepted()
+        }
+
+        // Shows whenever the box is empty, also while it has the focus, which it nearly
+        // always has.
+        Text {
+            id: placeholder
+            anchors.centerIn: parent
+            visible: entry.length === 0 && entry.preeditText === ""
+            text: qsTr("Answer")
+            font: entry.font
+            color: Qt.rgba(system.text.r, system.text.g, system.text.b, 0.4)
+        }
     }
 
     FocusRing {
+        shown: entry.visualFocus
         accent: system.highlight
         controlRadius: 10
     }

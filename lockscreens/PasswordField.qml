@@ -2,58 +2,29 @@ import QtQuick
 import Morvanta.LockScreens
 
 // A masked entry with a symbol in front, on the dark screens. Its placeholder is its name.
-TextInput {
+// The typing scrolls inside the frame; the symbol and the focus ring stand around it.
+FocusScope {
     id: field
 
     property string symbol: "lock.fill"
     property color accent: Theme.gold
     property string placeholderText
-    readonly property bool visualFocus: KeyboardFocus.visible
-    // Known from the field's first moment, before its echo mode is: an accessibility client
-    // asks about the field while it is still being built.
-    readonly property bool secretEntry: true
+    property alias text: entry.text
+    property alias font: entry.font
+    readonly property alias entry: entry
 
-    activeFocusOnTab: true
-    echoMode: TextInput.Password
-    passwordCharacter: "\u2022"
-    color: Theme.text
-    selectionColor: Qt.rgba(accent.r, accent.g, accent.b, 0.35)
-    selectedTextColor: Theme.text
-    selectByMouse: true
-    font.pixelSize: 15
-    leftPadding: 44
-    rightPadding: 14
-    // 46 pixels high, the text in the middle.
-    topPadding: (46 - contentHeight) / 2
-    bottomPadding: topPadding
-    Accessible.role: Accessible.EditableText
-    Accessible.name: placeholderText
-    Accessible.passwordEdit: true
+    signal accepted
+
+    implicitWidth: 200
+    implicitHeight: 46
 
     Rectangle {
-        z: -1
         anchors.fill: parent
         radius: 10
         color: Theme.fieldFill
         border.width: 1
-        border.color: field.activeFocus ? Qt.rgba(field.accent.r, field.accent.g, field.accent.b, 0.7)
+        border.color: entry.activeFocus ? Qt.rgba(field.accent.r, field.accent.g, field.accent.b, 0.7)
                                         : Theme.fieldBorder
-    }
-
-    Text {
-        x: field.leftPadding
-        width: field.width - field.leftPadding - field.rightPadding
-        anchors.verticalCenter: parent.verticalCenter
-        visible: field.length === 0 && field.preeditText === ""
-        text: field.placeholderText
-        font: field.font
-        color: Theme.faintText
-        elide: Text.ElideRight
-    }
-
-    FocusRing {
-        accent: field.accent
-        controlRadius: 10
     }
 
     SymbolIcon {
@@ -62,6 +33,55 @@ TextInput {
         width: 16
         height: 16
         name: field.symbol
-        color: field.activeFocus ? field.accent : Theme.secondaryText
+        color: entry.activeFocus ? field.accent : Theme.secondaryText
+    }
+
+    Item {
+        anchors.fill: parent
+        anchors.leftMargin: 44
+        anchors.rightMargin: 14
+        clip: true
+
+        TextInput {
+            id: entry
+
+            readonly property bool visualFocus: KeyboardFocus.visible
+            // Known from the entry's first moment, before its echo mode is: an accessibility
+            // client asks about it while it is still being built.
+            readonly property bool secretEntry: true
+            readonly property string placeholderText: field.placeholderText
+
+            anchors.fill: parent
+            focus: true
+            activeFocusOnTab: true
+            echoMode: TextInput.Password
+            passwordCharacter: "\u2022"
+            color: Theme.text
+            selectionColor: Qt.rgba(field.accent.r, field.accent.g, field.accent.b, 0.35)
+            selectedTextColor: Theme.text
+            selectByMouse: true
+            font.pixelSize: 15
+            verticalAlignment: TextInput.AlignVCenter
+            Accessible.role: Accessible.EditableText
+            Accessible.name: field.placeholderText
+            Accessible.passwordEdit: true
+            onAccepted: field.accepted()
+        }
+
+        Text {
+            anchors.fill: parent
+            verticalAlignment: Text.AlignVCenter
+            visible: entry.length === 0 && entry.preeditText === ""
+            text: field.placeholderText
+            font: entry.font
+            color: Theme.faintText
+            elide: Text.ElideRight
+        }
+    }
+
+    FocusRing {
+        shown: entry.visualFocus
+        accent: field.accent
+        controlRadius: 10
     }
 }

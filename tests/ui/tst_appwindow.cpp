@@ -34,7 +34,7 @@ QStringList g_textNotices;
 // while a screen reader listens; what reaches the platform of it.
 QStringList noticesOfTyping(QQuickItem* field, const QString& text) {
     g_textNotices.clear();
-    QAccessibleTextInsertEvent notice(field, 0, text);
+    QAccessibleTextInsertEvent notice(field->property("entry").value<QObject*>(), 0, text);
     const QAccessible::UpdateHandler filter = QAccessible::installUpdateHandler(nullptr);
     QAccessible::installUpdateHandler(filter);
     filter(&notice);
