@@ -51,10 +51,15 @@ private slots:
             if (page < 3)
                 app.click("forwardButton");
         }
-        // From the keyboard: Tab moves to Back, and its focus ring shows.
+        // The forward button starts with the focus but without the ring; Tab moves to Back,
+        // its ring shows, and goes with the focus.
+        QVERIFY(app.item("forwardButton")->hasActiveFocus() &&
+                !app.item("forwardButton")->property("visualFocus").toBool());
         app.keys({Qt::Key_Tab});
         QTRY_VERIFY(app.item("backButton")->property("visualFocus").toBool());
         QVERIFY(app.screenshot("welcome-page3-keyboard-focus"));
+        app.keys({Qt::Key_Tab});
+        QTRY_VERIFY(!app.item("backButton")->property("visualFocus").toBool());
         QVERIFY(app.text("forwardButton").contains("Get Started"));
 
         app.window()->resize(520, 420);
