@@ -70,8 +70,6 @@ int main(int argc, char* argv[]) {
     platform::Panels panels;
     platform::Workspace workspace;
     VaultManager vault;
-    // A mount left by a crash is looked for on the worker, ahead of any unlock.
-    vault.runInBackground([](VaultManager& v) { v.detachStaleMounts(); }, {});
     // Before the window exists, so that its first frame already wears the disguise.
     installAccessibility();
     followDisguise(settings);
@@ -90,10 +88,13 @@ int main(int argc, char* argv[]) {
         return 1;
     auto* window = qobject_cast<QQuickWindow*>(engine.rootObjects().first());
 
-    // Leaving the machine locks the vault: before sleep (logind waits for it) and when the
-    // screen locks. Nothing is open before the first frame, so the buses are reached after it.
+    // What the first frame need not wait for, as nothing can be unlocked before it: a mount
+    // left by a crash is looked for on the worker, ahead of any unlock; leaving the machine
+    // locks the vault, before sleep (logind waits for it) and when the screen locks; the open
+    // vault's screens are read in the background.
     std::unique_ptr<platform::SessionWatcher> session;
     afterFirstFrame(window, [&session, &vault, window] {
+        vault.runInBackground([](VaultManager& v) { v.detachStaleMounts(); }, {});
         session = std::make_unique<platform::SessionWatcher>(QDBusConnection::systemBus(),
                                                              QDBusConnection::sessionBus());
         QObject::connect(session.get(), &platform::SessionWatcher::lockRequested, &vault,
