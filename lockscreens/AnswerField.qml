@@ -26,6 +26,13 @@ FocusScope {
         border.color: entry.activeFocus ? system.highlight : system.mid
     }
 
+    // A click anywhere in the frame, the symbol and margins included, goes to the entry.
+    MouseArea {
+        anchors.fill: parent
+        cursorShape: Qt.IBeamCursor
+        onPressed: entry.forceActiveFocus(Qt.MouseFocusReason)
+    }
+
     Item {
         anchors.fill: parent
         anchors.leftMargin: 12

@@ -27,6 +27,13 @@ FocusScope {
                                         : Theme.fieldBorder
     }
 
+    // A click anywhere in the frame, the symbol and margins included, goes to the entry.
+    MouseArea {
+        anchors.fill: parent
+        cursorShape: Qt.IBeamCursor
+        onPressed: entry.forceActiveFocus(Qt.MouseFocusReason)
+    }
+
     SymbolIcon {
         x: 16
         anchors.verticalCenter: parent.verticalCenter
