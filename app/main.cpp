@@ -18,9 +18,10 @@
 #include <QQmlApplicationEngine>
 #include <QQuickWindow>
 #include <QUrl>
-
-#include <memory>
 #include <QtQml/QQmlExtensionPlugin>
+
+#include <functional>
+#include <memory>
 
 Q_IMPORT_QML_PLUGIN(MorvantaPlugin)
 Q_IMPORT_QML_PLUGIN(Morvanta_LockScreensPlugin)
