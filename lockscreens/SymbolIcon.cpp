@@ -6,6 +6,9 @@
 #include <QQuickWindow>
 #include <QSvgRenderer>
 
+#include <algorithm>
+#include <vector>
+
 namespace {
 
 // Symbol names as the screens use them, to the icons drawn for this app.
@@ -34,29 +37,29 @@ const QHash<QString, QString>& symbolTable() {
 }
 
 // Three box blurs come close to a Gaussian; only the alpha channel matters for a shadow.
+// Walks the pixels through one pointer: the image is not touched through its API per pixel.
 void blurAlpha(QImage& image, int radius) {
     if (radius <= 0)
         return;
     const int w = image.width();
     const int h = image.height();
-    QList<int> line(qMax(w, h));
+    uchar* const alpha = image.bits() + 3; // premultiplied ARGB32, alpha in the top byte
+    const qsizetype stride = image.bytesPerLine();
+    std::vector<int> line(qMax(w, h));
     for (int pass = 0; pass < 3; ++pass) {
-        for (int horizontal = 0; horizontal < 2; ++horizontal) {
+        for (const bool horizontal : {false, true}) {
             const int outer = horizontal ? h : w;
             const int inner = horizontal ? w : h;
+            const qsizetype step = horizontal ? 4 : stride;
             for (int o = 0; o < outer; ++o) {
-                auto at = [&](int i) -> uchar& {
-                    const int x = horizontal ? i : o;
-                    const int y = horizontal ? o : i;
-                    return image.scanLine(y)[x * 4 + 3];
-                };
+                uchar* const first = alpha + (horizontal ? o * stride : o * 4);
                 for (int i = 0; i < inner; ++i)
-                    line[i] = at(i);
+                    line[i] = first[i * step];
                 int sum = 0;
                 for (int i = -radius; i <= radius; ++i)
                     sum += line[qBound(0, i, inner - 1)];
                 for (int i = 0; i < inner; ++i) {
-                    at(i) = uchar(sum / (2 * radius + 1));
+                    first[i * step] = uchar(sum / (2 * radius + 1));
                     sum += line[qMin(i + radius + 1, inner - 1)] - line[qMax(i - radius, 0)];
                 }
             }
@@ -143,9 +146,9 @@ void SymbolIcon::paint(QPainter* painter) {
         blurAlpha(shadow, qMax(1, margin / 3));
         // Premultiplied: after blurring alpha alone, the colour must be black again.
         for (int y = 0; y < shadow.height(); ++y) {
-            auto* row = reinterpret_cast<QRgb*>(shadow.scanLine(y));
-            for (int x = 0; x < shadow.width(); ++x)
-                row[x] = qRgba(0, 0, 0, qAlpha(row[x]));
+            auto* const row = reinterpret_cast<QRgb*>(shadow.scanLine(y));
+            std::transform(row, row + shadow.width(), row,
+                           [](QRgb pixel) { return qRgba(0, 0, 0, qAlpha(pixel)); });
         }
         painter->drawImage(boundingRect().translated(0, m_shadowRadius / 4.0), shadow);
     }
