@@ -6,8 +6,12 @@
 #include <QFile>
 #include <QLocalServer>
 #include <QLocalSocket>
-#include <QLockFile>
 #include <QPointer>
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
 
 namespace platform {
 
@@ -47,12 +51,19 @@ SingleInstance::SingleInstance(const QString& name, QObject* parent) : QObject(p
         m_primary = true;
         return;
     }
-    // Two launches at the same moment must not both find no one and both start.
-    QLockFile lock(m_socketPath + QStringLiteral(".lock"));
-    lock.lock();
+    // Two launches at the same moment must not both find no one and both start. The kernel
+    // drops the lock with the process, so a crash leaves nothing stale; the file stays (an
+    // unlink could race a launch that opened it) and nothing is ever written or synced to it.
+    const int lock = ::open(QFile::encodeName(m_socketPath + QStringLiteral(".lock")).constData(),
+                            O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+    if (lock >= 0)
+        while (::flock(lock, LOCK_EX) != 0 && errno == EINTR) {
+        }
     m_primary = !signalRunningInstance();
     if (m_primary)
         listen();
+    if (lock >= 0)
+        ::close(lock);
 }
 
 SingleInstance::~SingleInstance() {
@@ -74,8 +85,10 @@ bool SingleInstance::signalRunningInstance() const {
 void SingleInstance::listen() {
     // Nobody answered, so a socket file left there belongs to a process that died.
     QLocalServer::removeServer(m_socketPath);
+    // The folder is the user's own and closed to everyone else, which keeps the socket theirs
+    // too; asking Qt to restrict the socket as well would make and remove a folder around it
+    // on every start, and wait for the disk where the folder is not in memory.
     auto* server = new QLocalServer(this);
-    server->setSocketOptions(QLocalServer::UserAccessOption);
     if (!server->listen(m_socketPath)) {
         // Without the socket this process still runs; it just cannot be found by the next.
         delete server;
