@@ -54,7 +54,9 @@ SingleInstance::SingleInstance(const QString& name, QObject* parent) : QObject(p
     // Two launches at the same moment must not both find no one and both start. The kernel
     // drops the lock with the process, so a crash leaves nothing stale; the file stays (an
     // unlink could race a launch that opened it) and nothing is ever written or synced to it.
-    const int lock = ::open(QFile::encodeName(m_socketPath + QStringLiteral(".lock")).constData(),
+    // Not named ".lock": versions before this one take that name for a QLockFile, and would
+    // wait for a file like this one to grow old.
+    const int lock = ::open(QFile::encodeName(m_socketPath + QStringLiteral(".launch")).constData(),
                             O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
     if (lock >= 0)
         while (::flock(lock, LOCK_EX) != 0 && errno == EINTR) {
