@@ -1,5 +1,6 @@
 #include "SingleInstance.h"
 
+#include "FileSupport.h"
 #include "RuntimeFolder.h"
 
 #include <QDir>
@@ -8,10 +9,8 @@
 #include <QLocalSocket>
 #include <QPointer>
 
-#include <cerrno>
 #include <fcntl.h>
 #include <sys/file.h>
-#include <unistd.h>
 
 namespace platform {
 
@@ -56,16 +55,14 @@ SingleInstance::SingleInstance(const QString& name, QObject* parent) : QObject(p
     // unlink could race a launch that opened it) and nothing is ever written or synced to it.
     // Not named ".lock": versions before this one take that name for a QLockFile, and would
     // wait for a file like this one to grow old.
-    const int lock = ::open(QFile::encodeName(m_socketPath + QStringLiteral(".launch")).constData(),
-                            O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
-    if (lock >= 0)
-        while (::flock(lock, LOCK_EX) != 0 && errno == EINTR) {
-        }
+    const ScopedFd lock(
+        ::open(QFile::encodeName(m_socketPath + QStringLiteral(".launch")).constData(),
+               O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+    if (lock.get() >= 0)
+        ::flock(lock.get(), LOCK_EX);
     m_primary = !signalRunningInstance();
     if (m_primary)
         listen();
-    if (lock >= 0)
-        ::close(lock);
 }
 
 SingleInstance::~SingleInstance() {
