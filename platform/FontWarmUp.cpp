@@ -1,12 +1,47 @@
 #include "FontWarmUp.h"
 
+#include <fcntl.h>
 #include <fontconfig/fontconfig.h>
+#include <unistd.h>
 
 namespace platform {
 
+namespace {
+
+// Asks the kernel to read the file that fontconfig picks for `pattern` into the page cache,
+// so that the text laid out later does not wait for the disk.
+void prefetchFaceFor(const char* pattern) {
+    FcPattern* wanted = FcNameParse(reinterpret_cast<const FcChar8*>(pattern));
+    if (!wanted)
+        return;
+    FcConfigSubstitute(nullptr, wanted, FcMatchPattern);
+    FcDefaultSubstitute(wanted);
+    FcResult result = FcResultNoMatch;
+    if (FcPattern* match = FcFontMatch(nullptr, wanted, &result)) {
+        FcChar8* file = nullptr;
+        if (FcPatternGetString(match, FC_FILE, 0, &file) == FcResultMatch) {
+            const int fd = ::open(reinterpret_cast<const char*>(file), O_RDONLY | O_CLOEXEC);
+            if (fd >= 0) {
+                ::posix_fadvise(fd, 0, 0, POSIX_FADV_WILLNEED);
+                ::close(fd);
+            }
+        }
+        FcPatternDestroy(match);
+    }
+    FcPatternDestroy(wanted);
+}
+
+} // namespace
+
 // Fontconfig loads its configuration once per process, atomically: should Qt ask before this
-// thread is done, it loads its own copy and one of the two is dropped.
-FontWarmUp::FontWarmUp() : m_thread([] { FcInit(); }) {}
+// thread is done, it loads its own copy and one of the two is dropped. The faces are the
+// screens' text and their bold, and the serif of the first screens' titles.
+FontWarmUp::FontWarmUp()
+    : m_thread([] {
+          FcInit();
+          for (const char* pattern : {"sans-serif", "sans-serif:bold", "serif:bold"})
+              prefetchFaceFor(pattern);
+      }) {}
 
 FontWarmUp::~FontWarmUp() { m_thread.join(); }
 
