@@ -2,7 +2,6 @@
 // the screens read it, the password lock screen, the setup form's strength and creating, the
 // quiz's answers, questions and grading, the welcome pages, and the symbols every screen draws.
 
-#include "lockscreens/DisguiseMode.h"
 #include "lockscreens/MathQuiz.h"
 #include "lockscreens/SetupForm.h"
 #include "lockscreens/SymbolIcon.h"
@@ -60,56 +59,38 @@ class TestLockScreens : public QObject {
     Q_OBJECT
 
 private slots:
-    void disguiseModeReadsUnknownTextAsNone() {
-        for (const auto& [raw, mode] : QList<std::pair<QString, DisguiseMode>>{
-                 {"neutral", DisguiseMode::neutral}, {"math", DisguiseMode::math},
-                 {"none", DisguiseMode::none}, {"", DisguiseMode::none},
-                 {"Math", DisguiseMode::none}, {" neutral", DisguiseMode::none}}) {
-            QCOMPARE(disguiseModeOrNone(raw), mode);
-            QCOMPARE(isDisguised(raw), mode != DisguiseMode::none);
-            QCOMPARE(disguiseModeFromRaw(raw).has_value(), rawValue(mode) == raw);
-        }
-    }
-
-    // A password the tool cannot take, or no vault at all: refused without the tool. Then on
-    // both faces the password goes to the tool as typed, once however often pressed, and a
-    // failure clears it; the neutral face never gives the vault away.
+    // A password the tool cannot take, or no vault at all: refused without the tool. Then the
+    // password goes to the tool as typed, once however often pressed, and a failure clears it.
+    // (What each face says is judged on the window, as the desktop sees it.)
     void unlocking() {
         RecordedVault v;
-        UnlockForm refused;
-        refused.setVault(&v.vault);
-        refused.setPassword(QString("pasted").append(QChar(0)));
-        refused.unlock();
-        QVERIFY(!refused.busy());
-        QCOMPARE(refused.error(), *unusablePasswordReason(refused.password()));
-        refused.setPassword("whatever");
-        refused.unlock();
-        QTRY_VERIFY(!refused.busy());
-        QVERIFY(!refused.error().isEmpty());
+        UnlockForm form;
+        QSignalSpy relabelled(&form, &UnlockForm::buttonLabelChanged);
+        form.setVault(&v.vault);
+        form.setStealth(true);
+        QCOMPARE(relabelled.count(), 1);
+        form.setPassword(QString("pasted").append(QChar(0)));
+        form.unlock();
+        QVERIFY(!form.busy());
+        QCOMPARE(form.error(), *unusablePasswordReason(form.password()));
+        form.setPassword("whatever");
+        form.unlock();
+        QTRY_VERIFY(!form.busy());
+        QVERIFY(!form.error().isEmpty());
         QVERIFY(v.tool.calls.isEmpty());
 
         QVERIFY(QDir().mkpath(v.vault.bundlePath()));
-        v.tool.replies = {{1, {}, "morvanta-hdiutil: attach failed - Password incorrect."}, {1, {}, {}}};
-        for (bool stealth : {false, true}) {
-            UnlockForm form;
-            QSignalSpy relabelled(&form, &UnlockForm::buttonLabelChanged);
-            form.setVault(&v.vault);
-            form.setStealth(stealth);
-            QCOMPARE(relabelled.count(), int(stealth));
-            const QStringList texts{form.title(), form.subtitle(), form.placeholder(), form.buttonLabel()};
-            QCOMPARE(texts.join('\n').contains("vault", Qt::CaseInsensitive), !stealth);
-            const QString idleLabel = form.buttonLabel();
-            form.setPassword("  spaced out  ");
-            form.unlock();
-            QVERIFY(form.busy());
-            QVERIFY(form.buttonLabel() != idleLabel);
-            form.unlock();
-            QTRY_VERIFY(!form.busy());
-            QVERIFY(!form.error().isEmpty());
-            QCOMPARE(form.password(), QString());
-            QCOMPARE(form.buttonLabel(), idleLabel);
-        }
-        QCOMPARE(v.tool.calls.size(), 2);
+        v.tool.replies = {{1, {}, "morvanta-hdiutil: attach failed - Password incorrect."}};
+        const QString idleLabel = form.buttonLabel();
+        form.setPassword("  spaced out  ");
+        form.unlock();
+        QVERIFY(form.busy() && form.buttonLabel() != idleLabel);
+        form.unlock();
+        QTRY_VERIFY(!form.busy());
+        QVERIFY(!form.error().isEmpty());
+        QCOMPARE(form.password(), QString());
+        QCOMPARE(form.buttonLabel(), idleLabel);
+        QCOMPARE(v.tool.calls.size(), 1);
         QCOMPARE(v.tool.calls[0].stdinText, "  spaced out  ");
     }
 
@@ -203,10 +184,11 @@ private slots:
         QVERIFY(changes.count() >= 3);
     }
 
-    // A disguised face must not give the vault away.
+    // A disguised face must not give the vault away; a setting it does not know, however
+    // close, is no disguise.
     void disguisedWordingNeverMentionsAVault() {
         for (const auto& [disguise, disguised] : QList<std::pair<QString, bool>>{
-                 {"none", false}, {"stealthy", false}, {"neutral", true}, {"math", true}}) {
+                 {"none", false}, {"Math", false}, {"neutral", true}, {"math", true}}) {
             SetupForm form;
             form.setDisguiseRaw(disguise);
             QCOMPARE(form.disguised(), disguised);
@@ -267,28 +249,22 @@ private slots:
             QVERIFY2(MathQuiz::parseAnswer(text) == number, qPrintable(text));
     }
 
-    void questionsAndAnswers() {
+    // Each kind of question expects its own answer. Every operand anywhere in its range, ends
+    // included, and nothing outside it; a difference puts the larger first, so there both
+    // operands share one range.
+    void drawnQuestionsCoverTheirRanges() {
         MathQuiz quiz;
         quiz.setQuestion(MathQuiz::Op::sub, 47, 12);
-        QCOMPARE(quiz.question(), "47 \u2212 12 = ?");
         QCOMPARE(quiz.expectedAnswer(), 35);
         quiz.setQuestion(MathQuiz::Op::mul, 12, 11);
         QCOMPARE(quiz.expectedAnswer(), 132);
         // A new question leaves what is typed alone.
         quiz.setInput("12");
-        quiz.regenerate();
-        QCOMPARE(quiz.input(), "12");
-        QVERIFY(!quiz.hasMessage());
-    }
-
-    // Every operand anywhere in its range, ends included, and nothing outside it. A
-    // difference puts the larger first, so there both operands share one range.
-    void drawnQuestionsCoverTheirRanges() {
-        MathQuiz quiz;
         using Span = std::pair<qint64, qint64>; // the lowest and highest seen
         std::map<std::pair<MathQuiz::Op, int>, Span> spans;
         for (int i = 0; i < 10000; ++i) {
             quiz.regenerate();
+            QCOMPARE(quiz.input(), "12");
             const bool sub = quiz.op() == MathQuiz::Op::sub;
             QVERIFY(!sub || quiz.a() >= quiz.b());
             for (const auto& [operand, value] : {std::pair(0, quiz.a()), std::pair(sub ? 0 : 1, quiz.b())}) {
@@ -323,9 +299,8 @@ private slots:
         QTRY_VERIFY(!q.quiz.busy());
 
         // The password tried is the text exactly as typed, unless the tool could not take it.
-        const QList<RecordingRunner::Call> tried{
-            {{"attach", "-stdinpass", "-plist", "-nobrowse", q.vault.bundlePath()}, typed}};
-        QCOMPARE(q.tool.calls, unusablePasswordReason(typed) ? QList<RecordingRunner::Call>() : tried);
+        QCOMPARE(q.tool.calls.size(), unusablePasswordReason(typed) ? 0 : 1);
+        QCOMPARE(q.tool.calls.value(0, {{}, typed}).stdinText, typed);
         QVERIFY(q.quiz.hasMessage());
         QCOMPARE(q.quiz.correct(), correct);
         QCOMPARE(q.quiz.input(), QString());

@@ -43,7 +43,6 @@ int morvanta(const QStringList& arguments, QByteArray* err = nullptr) {
     return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
 }
 
-
 const QString kSessionPath = QStringLiteral("/org/freedesktop/login1/session/_3");
 
 // logind as far as Morvanta uses it, answering from a thread of its own as the real one

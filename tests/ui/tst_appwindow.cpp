@@ -1,10 +1,9 @@
-// The application's window: the router alone (which screen each state gives, which lock
-// screen each disguise, the window's size and title), then the whole window offscreen against
-// real vaults: first start to an open vault and closing the window with it open, both lock
-// screens from the keyboard alone, and what the desktop sees of the disguise as it changes.
+// The application's window: the router alone (which screen each state gives, the window's
+// size and title), then the whole window offscreen against real vaults: first start to an
+// open vault and closing the window with it open, both lock screens from the keyboard alone,
+// and what the desktop sees of the disguise, and which lock screen it gives, as it changes.
 
 #include "app/RootRouter.h"
-#include "app/UnlockChooser.h"
 #include "lockscreens/DisguiseMode.h"
 #include "lockscreens/MathQuiz.h"
 #include "support/AppWindow.h"
@@ -40,7 +39,6 @@ QStringList noticesOfTyping(QQuickItem* field, const QString& text) {
     filter(&notice);
     return g_textNotices;
 }
-
 
 HDIUtilResult attached() { return RecordingRunner::attached("/mnt/vault"); }
 
@@ -161,13 +159,6 @@ private slots:
             icons << app.window()->icon().pixmap(32).toImage();
         }
         QVERIFY(icons[0] != icons[2] && icons[1] != icons[2] && icons[0] != icons[1]);
-    }
-
-    void lockScreenForDisguise() {
-        using L = UnlockChooser::LockScreen;
-        QCOMPARE(UnlockChooser::lockScreenFor("neutral"), L::Neutral);
-        QCOMPARE(UnlockChooser::lockScreenFor("math"), L::MathQuiz);
-        QCOMPARE(UnlockChooser::lockScreenFor("calculator"), L::Branded);
     }
 
     // The router follows the engine and the disk with nobody telling it, and sizes and names
