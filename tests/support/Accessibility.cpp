@@ -56,15 +56,6 @@ void visitAccessible(QQuickWindow* window, const std::function<void(QAccessibleI
     walk(QAccessible::queryAccessibleInterface(window));
 }
 
-QAccessibleInterface* accessibleNamed(QQuickWindow* window, const QString& objectName) {
-    QAccessibleInterface* found = nullptr;
-    visitAccessible(window, [&](QAccessibleInterface* element) {
-        if (element->object() && element->object()->objectName() == objectName)
-            found = element;
-    });
-    return found;
-}
-
 QStringList accessibilityProblems(QQuickWindow* window, const QStringList& secrets) {
     // As with a screen reader running: the controls fill in their roles and names.
     QAccessible::setActive(true);

@@ -11,8 +11,6 @@ namespace testsupport {
 
 // Visits every element a screen reader can reach in `window` (hidden ones skipped).
 void visitAccessible(QQuickWindow* window, const std::function<void(QAccessibleInterface*)>& visit);
-// The element for an object, found by its object name.
-QAccessibleInterface* accessibleNamed(QQuickWindow* window, const QString& objectName);
 
 // What a screen-reader user would run into in the window as it is now, one line per fault:
 // a control (focusable, or a menu entry or column header) that the tree does not reach or

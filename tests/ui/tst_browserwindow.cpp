@@ -49,13 +49,11 @@ private slots:
         QCOMPARE(v.browser()->selection(), tenK);
         QCOMPARE(v.app.workspace().opened, QList<QUrl>({nine, tenK}));
 
-        // Moving out: a cancelled destination changes nothing; a chosen one takes the item,
-        // and is its own feedback.
-        v.app.choose("actionsButton", "rowMenu.moveOut");
-        QCOMPARE(v.app.panels().openRequests.last(), VaultBrowser::moveOutPanelOptions());
-        QCOMPARE(v.browser()->selection(), tenK);
+        // Moving out to the folder chosen takes the item, and is its own feedback. (A cancelled
+        // panel is one of the browser's actions that do no work.)
         v.app.panels().openAnswers = {QList<QUrl>{QUrl::fromLocalFile(v.home.path())}};
         v.app.choose("actionsButton", "rowMenu.moveOut");
+        QCOMPARE(v.app.panels().openRequests.last(), VaultBrowser::moveOutPanelOptions());
         v.waitIdle();
         QVERIFY(QFileInfo::exists(v.home.filePath("A-ten-k.txt")));
         QCOMPARE(v.rowNames(), QStringList("b-nine.txt"));
@@ -147,7 +145,14 @@ private slots:
         v.added("Documents/taxes.pdf");
         QAccessible::setActive(true);
         QQuickWindow* w = v.app.window();
-        auto named = [w](const QString& name) { return testsupport::accessibleNamed(w, name); };
+        auto named = [w](const QString& name) {
+            QAccessibleInterface* found = nullptr;
+            testsupport::visitAccessible(w, [&](QAccessibleInterface* element) {
+                if (element->object() && element->object()->objectName() == name)
+                    found = element;
+            });
+            return found;
+        };
         auto press = [named](const QString& name) {
             QAccessibleInterface* element = named(name);
             QVERIFY2(element && element->actionInterface(), qPrintable(name));
