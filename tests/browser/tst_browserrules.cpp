@@ -259,9 +259,9 @@ private slots:
     }
 
     // The button needs a current password and a new one of eight characters as a person
-    // counts them, confirmed exactly. A password the tool cannot take, or a wrong current one,
-    // is refused without the tool, the fields kept. A change runs once however often pressed,
-    // reports once and stays busy as the sheet goes, until it is shown again.
+    // counts them, confirmed exactly. A wrong current password is refused without the tool,
+    // the fields kept. A change runs once however often pressed, reports once and stays busy
+    // as the sheet goes, until it is shown again.
     void changingThePassword() {
         OpenFakeVault fake;
         PasswordChangeForm form;
@@ -283,11 +283,6 @@ private slots:
         }
         QSignalSpy succeeded(&form, &PasswordChangeForm::succeeded);
         QSignalSpy dismissed(&form, &PasswordChangeForm::dismissRequested);
-        const QString unusable = QString("a new password").append(QChar(0));
-        fill("the password", unusable, unusable);
-        form.change();
-        QVERIFY(!form.busy());
-        QCOMPARE(form.error(), *unusablePasswordReason(form.newPw()));
         fill("the passwort", "a new password", "a new password");
         form.change();
         QVERIFY(form.busy() && !form.canChange());
