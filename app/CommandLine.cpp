@@ -49,7 +49,9 @@ int runCommandLine(int argc, char* argv[]) {
     parser.addOption(lock);
 
     if (!parser.parse(QCoreApplication::arguments())) {
-        printError(parser.errorText());
+        // Qt's own words ("Unknown option 'x'."), with the way on that the other errors give.
+        printError(QCoreApplication::translate("CommandLine", "%1 See morvanta --help.")
+                       .arg(parser.errorText()));
         return 2;
     }
     if (!parser.positionalArguments().isEmpty()) {

@@ -151,6 +151,10 @@ Started without options, it opens its window (or brings forward the one already 
         <source>could not lock the vault: %1</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>%1 See morvanta --help.</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>DisguiseMode</name>
@@ -329,13 +333,6 @@ Started without options, it opens its window (or brings forward the one already 
     </message>
     <message>
         <source>Name</source>
-        <translation type="unfinished"></translation>
-    </message>
-</context>
-<context>
-    <name>RootView</name>
-    <message>
-        <source>Get Started</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
