@@ -112,9 +112,8 @@ int main(int argc, char* argv[]) {
         }
         return std::pair(bench::median(ms), bench::median(cpu));
     };
-    const bool canEmptyCache = dropPageCache();
     for (const bool cold : {false, true}) {
-        if (cold && !canEmptyCache) {
+        if (cold && !dropPageCache()) {
             std::printf("\nFrom the disk: not measured, emptying the page cache needs root.\n");
             break;
         }

@@ -1,8 +1,9 @@
 #include "FontWarmUp.h"
 
+#include "FileSupport.h"
+
 #include <fcntl.h>
 #include <fontconfig/fontconfig.h>
-#include <unistd.h>
 
 namespace platform {
 
@@ -20,11 +21,10 @@ void prefetchFaceFor(const char* pattern) {
     if (FcPattern* match = FcFontMatch(nullptr, wanted, &result)) {
         FcChar8* file = nullptr;
         if (FcPatternGetString(match, FC_FILE, 0, &file) == FcResultMatch) {
-            const int fd = ::open(reinterpret_cast<const char*>(file), O_RDONLY | O_CLOEXEC);
-            if (fd >= 0) {
-                ::posix_fadvise(fd, 0, 0, POSIX_FADV_WILLNEED);
-                ::close(fd);
-            }
+            const char* path = reinterpret_cast<const char*>(file);
+            const ScopedFd face(::open(path, O_RDONLY | O_CLOEXEC));
+            if (face.get() >= 0)
+                ::posix_fadvise(face.get(), 0, 0, POSIX_FADV_WILLNEED);
         }
         FcPatternDestroy(match);
     }

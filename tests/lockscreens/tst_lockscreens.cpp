@@ -189,9 +189,10 @@ private slots:
         }
     }
 
-    // Too short or unconfirmed never reaches the tool. A failed creation, or a vault that will not open after
-    // it, shows the engine's reason and keeps the passwords for another try; a good one opens
-    // the vault with the same password, as typed, and stays busy as the screen goes.
+    // Too short or unconfirmed never reaches the tool. A failed creation, or a vault that will
+    // not open after it, shows the engine's reason and keeps the passwords for another try; a
+    // good one opens the vault with the same password, as typed, and stays busy as the screen
+    // goes.
     void creating() {
         for (const auto& [password, confirm] : QList<std::pair<QString, QString>>{
                  {"abcdefg", "abcdefg"}, {"abcdefgh", "abcdefgi"}}) {
