@@ -49,14 +49,14 @@ int runCommandLine(int argc, char* argv[]) {
     parser.addOption(lock);
 
     if (!parser.parse(QCoreApplication::arguments())) {
-        // Qt's own words ("Unknown option 'x'."), with the way on that the other errors give.
+        // Qt's own words ("Unknown option 'x'."), in the form of the errors below.
         printError(QCoreApplication::translate("CommandLine", "%1 See morvanta --help.")
                        .arg(parser.errorText()));
         return 2;
     }
     if (!parser.positionalArguments().isEmpty()) {
         printError(QCoreApplication::translate("CommandLine",
-                                               "unexpected argument '%1'; see morvanta --help")
+                                               "Unexpected argument '%1'. See morvanta --help.")
                        .arg(parser.positionalArguments().constFirst()));
         return 2;
     }
@@ -70,12 +70,12 @@ int runCommandLine(int argc, char* argv[]) {
     }
     if (!parser.isSet(lock)) {
         printError(
-            QCoreApplication::translate("CommandLine", "nothing to do; see morvanta --help"));
+            QCoreApplication::translate("CommandLine", "Nothing to do. See morvanta --help."));
         return 2;
     }
     const platform::SingleInstance::LockAnswer answer = platform::SingleInstance::requestLock();
     if (answer.state == platform::SingleInstance::LockAnswer::State::failed) {
-        printError(QCoreApplication::translate("CommandLine", "could not lock the vault: %1")
+        printError(QCoreApplication::translate("CommandLine", "Could not lock the vault: %1")
                        .arg(answer.reason));
         return 1;
     }

@@ -140,19 +140,19 @@ Started without options, it opens its window (or brings forward the one already 
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>unexpected argument &apos;%1&apos;; see morvanta --help</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>nothing to do; see morvanta --help</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>could not lock the vault: %1</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
         <source>%1 See morvanta --help.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Unexpected argument &apos;%1&apos;. See morvanta --help.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Nothing to do. See morvanta --help.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not lock the vault: %1</source>
         <translation type="unfinished"></translation>
     </message>
 </context>

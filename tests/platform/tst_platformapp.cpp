@@ -158,7 +158,7 @@ private slots:
         running.setLockHandler([] { return QStringLiteral("Unmount failed:\nresource busy"); });
         QByteArray err;
         QCOMPARE(morvanta({"--lock"}, &err), 1);
-        QCOMPARE(err, "morvanta: could not lock the vault: Unmount failed: resource busy\n");
+        QCOMPARE(err, "morvanta: Could not lock the vault: Unmount failed: resource busy\n");
     }
 
     // The app locks on the spot when asked (a direct connection): what holds while the
