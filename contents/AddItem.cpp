@@ -51,7 +51,7 @@ QStringList elevatedRemovalCommand(const QString& path) {
     // pkexec shows the prompt of Morvanta's polkit action for this helper, and hands the
     // path over as an argument: no shell ever sees it.
     return {QStringLiteral("/usr/bin/pkexec"),
-            QString::fromStdString(platform::executableDirectory() + "/morvanta-remove-original"),
+            QString::fromStdString(platform::helperProgramPath("morvanta-remove-original")),
             path};
 #endif
 }

@@ -12,11 +12,19 @@ std::string executableDirectory() {
     return ec ? std::string(".") : self.parent_path().string();
 }
 
+std::string helperProgramPath(const std::string& name) {
+    const std::filesystem::path here = executableDirectory();
+    if (::access((here / name).c_str(), X_OK) == 0)
+        return (here / name).string();
+    // Written out in full: pkexec matches the path against the polkit action's.
+    return (here / MORVANTA_HELPERS_FROM_BINDIR / name).lexically_normal().string();
+}
+
 std::string hdiutilProgramPath() {
 #ifdef __APPLE__
     return "/usr/bin/hdiutil";
 #else
-    return executableDirectory() + "/morvanta-hdiutil";
+    return helperProgramPath("morvanta-hdiutil");
 #endif
 }
 

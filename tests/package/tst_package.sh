@@ -15,10 +15,11 @@ deb=$work/morvanta_${version}_amd64.deb
 [ -f "$deb" ] || fail "no $deb"
 
 files=$(dpkg-deb -c "$deb" | awk '{print $6}')
-for f in bin/morvanta bin/morvanta-hdiutil bin/morvanta-remove-original \
+for f in bin/morvanta libexec/morvanta/morvanta-hdiutil libexec/morvanta/morvanta-remove-original \
     share/applications/morvanta.desktop share/icons/hicolor/scalable/apps/morvanta.svg \
     share/metainfo/org.morvanta.Morvanta.metainfo.xml share/man/man1/morvanta.1.gz \
-    share/polkit-1/actions/org.morvanta.remove-original.policy; do
+    share/polkit-1/actions/org.morvanta.remove-original.policy \
+    share/doc/morvanta/copyright share/doc/morvanta/changelog.gz; do
     grep -qx "./usr/$f" <<<"$files" || fail "missing /usr/$f"
 done
 ! grep -E 'tst_|fastkdf|engine-driver|bench_|/local/' <<<"$files" || fail "test or misplaced files packaged"
@@ -46,10 +47,12 @@ for p in gocryptfs fuse3 p7zip-full pkexec adwaita-icon-theme libqt6quick6 libpl
 done
 
 dpkg-deb -x "$deb" "$work/root"
+zcat "$work/root/usr/share/doc/morvanta/changelog.gz" | head -1 | grep -qF "morvanta ($version)" ||
+    fail "the changelog has no entry for $version"
 action=$work/root/usr/share/polkit-1/actions/org.morvanta.remove-original.policy
 grep -qF '<message>Morvanta needs your permission to move this app into the vault.</message>' "$action" ||
     fail "polkit prompt"
-grep -qF '"org.freedesktop.policykit.exec.path">/usr/bin/morvanta-remove-original<' "$action" ||
+grep -qF '"org.freedesktop.policykit.exec.path">/usr/libexec/morvanta/morvanta-remove-original<' "$action" ||
     fail "polkit action names another helper: $(grep exec.path "$action")"
 appstreamcli validate --no-net "$work/root/usr/share/metainfo/org.morvanta.Morvanta.metainfo.xml" ||
     fail "metainfo"
