@@ -55,8 +55,6 @@ int main(int argc, char* argv[]) {
     QGuiApplication::setOrganizationName(QStringLiteral("Morvanta"));
     QGuiApplication::setApplicationName(QStringLiteral("Morvanta"));
     QGuiApplication::setDesktopFileName(QStringLiteral("morvanta"));
-    QGuiApplication::setWindowIcon(
-        QIcon(QStringLiteral(":/qt/qml/Morvanta/LockScreens/morvanta.svg")));
     QGuiApplication::setQuitOnLastWindowClosed(true);
     applyAppPalette();
     installTranslation();
@@ -92,9 +90,13 @@ int main(int argc, char* argv[]) {
     // What the first frame need not wait for, as nothing can be unlocked before it: a mount
     // left by a crash is looked for on the worker, ahead of any unlock; leaving the machine
     // locks the vault, before sleep (logind waits for it) and when the screen locks; the open
-    // vault's screens are read in the background.
+    // vault's screens are read in the background. The window's icon too, whose SVG plugin
+    // costs a start from the disk almost a millisecond; the desktop's own launcher and task
+    // bar show the menu entry's icon meanwhile.
     std::unique_ptr<platform::SessionWatcher> session;
     afterFirstFrame(window, [&session, &vault, window] {
+        QGuiApplication::setWindowIcon(
+            QIcon(QStringLiteral(":/qt/qml/Morvanta/LockScreens/morvanta.svg")));
         vault.runInBackground([](VaultManager& v) { v.detachStaleMounts(); }, {});
         session = std::make_unique<platform::SessionWatcher>(QDBusConnection::systemBus(),
                                                              QDBusConnection::sessionBus());
