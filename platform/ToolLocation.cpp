@@ -14,8 +14,9 @@ std::string executableDirectory() {
 
 std::string helperProgramPath(const std::string& name) {
     const std::filesystem::path here = executableDirectory();
-    if (::access((here / name).c_str(), X_OK) == 0)
-        return (here / name).string();
+    const std::filesystem::path beside = here / name;
+    if (::access(beside.c_str(), X_OK) == 0)
+        return beside.string();
     // Written out in full: pkexec matches the path against the polkit action's.
     return (here / MORVANTA_HELPERS_FROM_BINDIR / name).lexically_normal().string();
 }

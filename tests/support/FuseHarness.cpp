@@ -26,7 +26,7 @@ QString fuseUnavailableReason() {
 }
 
 QString shippedToolPath() {
-    return QString::fromStdString(platform::executableDirectory() + "/morvanta-hdiutil");
+    return QString::fromStdString(platform::hdiutilProgramPath());
 }
 
 QString fastToolPath() {
