@@ -24,6 +24,13 @@ int runCommandLine(int argc, char* argv[]) {
     QCoreApplication::setApplicationName(QStringLiteral("morvanta"));
     QCoreApplication::setApplicationVersion(QStringLiteral(MORVANTA_VERSION));
     installTranslation();
+    if (argc == 1) {
+        // Not Qt's own abort, several lines long, in a terminal that has no display.
+        printError(QCoreApplication::translate(
+            "CommandLine", "No display to open the window on: neither WAYLAND_DISPLAY nor "
+                           "DISPLAY is set. See morvanta --help."));
+        return 1;
+    }
 
     QCommandLineParser parser;
     parser.setApplicationDescription(QCoreApplication::translate(
@@ -80,6 +87,14 @@ int runCommandLine(int argc, char* argv[]) {
         return 1;
     }
     return 0;
+}
+
+bool windowCanShow() {
+    for (const char* name : {"WAYLAND_DISPLAY", "WAYLAND_SOCKET", "DISPLAY", "QT_QPA_PLATFORM"}) {
+        if (!qEnvironmentVariableIsEmpty(name))
+            return true;
+    }
+    return false;
 }
 
 QString lockForCommandLine(VaultManager& vault) {

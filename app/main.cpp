@@ -41,8 +41,9 @@ int main(int argc, char* argv[]) {
     // The master password lives in this process while the vault is open.
     platform::hardenProcess();
 
-    // Any argument is a request from the command line (--lock, --help, --version).
-    if (argc > 1)
+    // Any argument is a request from the command line (--lock, --help, --version); so is a
+    // start with no display to show the window on, which it explains.
+    if (argc > 1 || !windowCanShow())
         return runCommandLine(argc, argv);
 
     platform::FontWarmUp fonts;

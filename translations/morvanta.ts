@@ -155,6 +155,10 @@ Started without options, it opens its window (or brings forward the one already 
         <source>Could not lock the vault: %1</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>No display to open the window on: neither WAYLAND_DISPLAY nor DISPLAY is set. See morvanta --help.</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>DisguiseMode</name>

@@ -32,8 +32,10 @@ namespace {
 
 // The real `morvanta` with `arguments`, while this process goes on answering its socket: its
 // exit status, and what it wrote to stderr.
-int morvanta(const QStringList& arguments, QByteArray* err = nullptr) {
+int morvanta(const QStringList& arguments, QByteArray* err = nullptr,
+             const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment()) {
     QProcess process;
+    process.setProcessEnvironment(environment);
     process.start(QCoreApplication::applicationDirPath() + "/morvanta", arguments);
     if (!QTest::qWaitFor([&] { return process.state() == QProcess::NotRunning; }, 60000))
         process.kill();
@@ -137,7 +139,8 @@ private slots:
 
     // `morvanta --lock` in a second process: the running instance locks its real vault and
     // says so; a failed lock comes back as one line and a non-zero status; nobody running, or
-    // a vault locked already, is success.
+    // a vault locked already, is success. Plain `morvanta` with no display fails likewise,
+    // not with Qt's abort.
     void theCommandLineLocksTheRunningInstance() {
         REQUIRE_FUSE();
         testsupport::ScopedRuntimeDir runtime;
@@ -159,6 +162,12 @@ private slots:
         QByteArray err;
         QCOMPARE(morvanta({"--lock"}, &err), 1);
         QCOMPARE(err, "morvanta: Could not lock the vault: Unmount failed: resource busy\n");
+
+        QProcessEnvironment noDisplay = QProcessEnvironment::systemEnvironment();
+        for (const char* name : {"WAYLAND_DISPLAY", "WAYLAND_SOCKET", "DISPLAY", "QT_QPA_PLATFORM"})
+            noDisplay.remove(name);
+        QCOMPARE(morvanta({}, &err, noDisplay), 1);
+        QVERIFY2(err.startsWith("morvanta: No display") && err.count('\n') == 1, err);
     }
 
     // The app locks on the spot when asked (a direct connection): what holds while the
