@@ -143,7 +143,7 @@ int main(int argc, char* argv[]) {
         "Milliseconds to the first frame, and in brackets the processor time used by then.\n");
     if (x.address().isEmpty()) {
         displays.removeFirst();
-        std::printf("On an X display: not measured, Xvfb is not installed.\n");
+        std::printf("On an X display: not measured, Xvfb is not installed or did not start.\n");
     }
     if (!fromTheDisk)
         std::printf("From the disk: not measured, emptying the page cache needs root.\n");
