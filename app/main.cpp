@@ -14,7 +14,6 @@
 #include "platform/Workspace.h"
 
 #include <QApplication>
-#include <QIcon>
 #include <QQmlApplicationEngine>
 #include <QQuickWindow>
 #include <QUrl>
@@ -91,13 +90,9 @@ int main(int argc, char* argv[]) {
     // What the first frame need not wait for, as nothing can be unlocked before it: a mount
     // left by a crash is looked for on the worker, ahead of any unlock; leaving the machine
     // locks the vault, before sleep (logind waits for it) and when the screen locks; the open
-    // vault's screens are read in the background. The window's icon too, whose SVG plugin
-    // costs a start from the disk almost a millisecond; the desktop's own launcher and task
-    // bar show the menu entry's icon meanwhile.
+    // vault's screens are read in the background.
     std::unique_ptr<platform::SessionWatcher> session;
     afterFirstFrame(window, [&session, &vault, window] {
-        QGuiApplication::setWindowIcon(
-            QIcon(QStringLiteral(":/qt/qml/Morvanta/LockScreens/morvanta.svg")));
         vault.runInBackground([](VaultManager& v) { v.detachStaleMounts(); }, {});
         session = std::make_unique<platform::SessionWatcher>(QDBusConnection::systemBus(),
                                                              QDBusConnection::sessionBus());
