@@ -1,7 +1,5 @@
-#include "AccessibleControls.h"
-#include "AppIdentity.h"
-#include "AppPalette.h"
 #include "CommandLine.h"
+#include "MainWindow.h"
 #include "Translation.h"
 #include "engine/VaultManager.h"
 #include "platform/FontWarmUp.h"
@@ -16,7 +14,6 @@
 #include <QApplication>
 #include <QQmlApplicationEngine>
 #include <QQuickWindow>
-#include <QUrl>
 #include <QtQml/QQmlExtensionPlugin>
 
 #include <functional>
@@ -56,7 +53,6 @@ int main(int argc, char* argv[]) {
     QGuiApplication::setApplicationName(QStringLiteral("Morvanta"));
     QGuiApplication::setDesktopFileName(QStringLiteral("morvanta"));
     QGuiApplication::setQuitOnLastWindowClosed(true);
-    applyAppPalette();
     installTranslation();
 
     // Before the engine: the vault has one engine per user; a second one could only find the
@@ -69,23 +65,14 @@ int main(int argc, char* argv[]) {
     platform::Panels panels;
     platform::Workspace workspace;
     VaultManager vault;
-    // Before the window exists, so that its first frame already wears the disguise.
-    installAccessibility();
-    followDisguise(settings);
     // `morvanta --lock` from a terminal or a keyboard shortcut.
     instance.setLockHandler([&vault] { return lockForCommandLine(vault); });
 
     platform::lockOnTheWayOut([&vault] { vault.lockIfUnlocked(); });
     QQmlApplicationEngine engine;
-    engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
-    engine.setInitialProperties({{QStringLiteral("vault"), QVariant::fromValue(&vault)},
-                                 {QStringLiteral("settings"), QVariant::fromValue(&settings)},
-                                 {QStringLiteral("panels"), QVariant::fromValue(&panels)},
-                                 {QStringLiteral("workspace"), QVariant::fromValue(&workspace)}});
-    engine.load(QUrl(QStringLiteral("qrc:/qt/qml/Morvanta/Main.qml")));
-    if (engine.rootObjects().isEmpty())
+    QQuickWindow* window = loadMainWindow(engine, vault, settings, panels, workspace);
+    if (!window)
         return 1;
-    auto* window = qobject_cast<QQuickWindow*>(engine.rootObjects().first());
 
     // What the first frame need not wait for, as nothing can be unlocked before it: a mount
     // left by a crash is looked for on the worker, ahead of any unlock; leaving the machine

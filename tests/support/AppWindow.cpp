@@ -2,9 +2,7 @@
 
 #include "Accessibility.h"
 
-#include "app/AccessibleControls.h"
-#include "app/AppIdentity.h"
-#include "app/AppPalette.h"
+#include "app/MainWindow.h"
 #include "support/Trees.h"
 
 #include <QAccessible>
@@ -59,7 +57,6 @@ QString qmlTypeName(const QObject* object) {
 }
 
 AppWindow::AppWindow(HDIUtilRunner runner, const QString& disguiseMode) {
-    applyAppPalette();
     auto store =
         std::make_unique<QSettings>(m_settingsDir.filePath("Morvanta.conf"), QSettings::IniFormat);
     store->setValue("disguiseMode", disguiseMode);
@@ -68,20 +65,11 @@ AppWindow::AppWindow(HDIUtilRunner runner, const QString& disguiseMode) {
     if (!pseudo.isEmpty() &&
         !(m_pseudo.load(pseudo) && QCoreApplication::installTranslator(&m_pseudo)))
         qFatal("No pseudo-translation at %s", qPrintable(pseudo));
-    installAccessibility();
-    followDisguise(*m_settings);
     m_vault = std::make_unique<VaultManager>(m_support.path(), std::move(runner));
     m_engine = std::make_unique<QQmlApplicationEngine>();
-    m_engine->addImportPath(QStringLiteral("qrc:/qt/qml"));
-    m_engine->setInitialProperties(
-        {{"vault", QVariant::fromValue(m_vault.get())},
-         {"settings", QVariant::fromValue(m_settings.get())},
-         {"panels", QVariant::fromValue<platform::Panels*>(m_panels.get())},
-         {"workspace", QVariant::fromValue<platform::Workspace*>(m_workspace.get())}});
-    m_engine->load(QUrl(QStringLiteral("qrc:/qt/qml/Morvanta/Main.qml")));
-    if (m_engine->rootObjects().size() != 1)
+    m_window = loadMainWindow(*m_engine, *m_vault, *m_settings, *m_panels, *m_workspace);
+    if (!m_window)
         qFatal("The main window did not load");
-    m_window = qobject_cast<QQuickWindow*>(m_engine->rootObjects().first());
     if (!QTest::qWaitForWindowExposed(m_window))
         qFatal("The main window was not shown");
     m_window->requestActivate();
