@@ -33,6 +33,8 @@ int runCommandLine(int argc, char* argv[]) {
     }
 
     QCommandLineParser parser;
+    // `-lock` as X programs take it, not as the four letters l, o, c and k.
+    parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
     parser.setApplicationDescription(QCoreApplication::translate(
         "CommandLine", "Morvanta keeps sensitive files, folders and apps in one "
                        "encrypted vault.\nStarted without options, it "

@@ -137,7 +137,7 @@ private slots:
         QVERIFY(restarted.isPrimary() && !platform::SingleInstance(QStringLiteral("crashed")).isPrimary());
     }
 
-    // `morvanta --lock` in a second process: the running instance locks its real vault and
+    // `morvanta --lock` (or `-lock`) in a second process: the running instance locks its real vault and
     // says so; a failed lock comes back as one line and a non-zero status; nobody running, or
     // a vault locked already, is success. Plain `morvanta` with no display fails likewise,
     // not with Qt's abort.
@@ -153,7 +153,7 @@ private slots:
         platform::SingleInstance running;
         QVERIFY(running.isPrimary());
         running.setLockHandler([&vault] { return lockForCommandLine(vault); });
-        QCOMPARE(morvanta({"--lock"}), 0);
+        QCOMPARE(morvanta({"-lock"}), 0);
         QVERIFY(!vault.isUnlocked());
         QCOMPARE(testsupport::mountsBelow(runtime.path()), QStringList());
         QCOMPARE(morvanta({"--lock"}), 0);
