@@ -18,9 +18,10 @@ Rectangle {
 
     readonly property TableView table: table
     readonly property string title: qsTr("Vault items")
-    // The focus came, or was last used, from the keyboard: the ring shows.
-    readonly property bool keyboardFocus: table.activeFocus && !pointerFocus
-    property bool pointerFocus: false
+    // The ring shows while the table has the focus, unless the focus came from the pointer,
+    // or is where the open vault starts it, and no key has been used since.
+    readonly property bool keyboardFocus: table.activeFocus && !quietFocus
+    property bool quietFocus: true
 
     radius: 10
     color: Qt.rgba(1, 1, 1, 0.035)
@@ -40,12 +41,12 @@ Rectangle {
     }
 
     function takeFocusFromPointer() {
-        pointerFocus = true
+        quietFocus = true
         table.forceActiveFocus()
     }
 
     function handleKey(event) {
-        pointerFocus = false
+        quietFocus = false
         const row = tableModel.rowOf(browser.selection)
         const target = keyboard.rowAfterKey(event.key, row, Math.floor(table.height / 30))
         const command = keyboard.commandForKey(event.key, event.modifiers)
@@ -117,7 +118,7 @@ Rectangle {
             return 30
         }
         onWidthChanged: forceLayout()
-        onActiveFocusChanged: if (!activeFocus) frame.pointerFocus = false
+        onActiveFocusChanged: if (!activeFocus) frame.quietFocus = false
 
         Accessible.role: Accessible.Table
         Accessible.name: frame.title

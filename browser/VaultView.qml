@@ -5,8 +5,9 @@ import Morvanta.LockScreens
 import Morvanta.Browser
 
 // The open vault: its items as a sortable table, what can be done with them, the settings
-// menu and the lock. Files dropped anywhere on it are added.
-Item {
+// menu and the lock. Files dropped anywhere on it are added. The keyboard starts in the
+// table, as in a file manager.
+FocusScope {
     id: root
 
     required property VaultManager vault
