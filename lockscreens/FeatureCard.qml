@@ -40,7 +40,7 @@ Rectangle {
             Layout.fillWidth: true
             Layout.alignment: Qt.AlignTop
             spacing: 3
-            Text {
+            SpokenText {
                 Layout.fillWidth: true
                 text: card.title
                 color: Theme.text
@@ -48,7 +48,7 @@ Rectangle {
                 font.weight: Font.DemiBold
                 wrapMode: Text.Wrap
             }
-            Text {
+            SpokenText {
                 Layout.fillWidth: true
                 text: card.text
                 color: Theme.secondaryText

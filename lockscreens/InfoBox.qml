@@ -33,7 +33,7 @@ Rectangle {
         ColumnLayout {
             Layout.fillWidth: true
             spacing: 4
-            Text {
+            SpokenText {
                 Layout.fillWidth: true
                 text: box.heading
                 color: Theme.text
@@ -41,7 +41,7 @@ Rectangle {
                 font.bold: true
                 wrapMode: Text.Wrap
             }
-            Text {
+            SpokenText {
                 Layout.fillWidth: true
                 text: box.text
                 color: Theme.secondaryText

@@ -35,7 +35,7 @@ Item {
         maxContentWidth: 320
         spacing: 28
 
-        Text {
+        SpokenText {
             objectName: "title"
             Layout.fillWidth: true
             horizontalAlignment: Text.AlignHCenter
@@ -44,7 +44,7 @@ Item {
             font.pixelSize: 22
             font.weight: Font.DemiBold
         }
-        Text {
+        SpokenText {
             objectName: "question"
             Layout.fillWidth: true
             horizontalAlignment: Text.AlignHCenter
@@ -74,7 +74,8 @@ Item {
                 name: quiz.hasMessage ? quiz.messageSymbol : "checkmark.circle.fill"
                 color: messageLine.tint
             }
-            Text {
+            SpokenText {
+                notice: true
                 text: quiz.messageText
                 color: messageLine.tint
                 font.pixelSize: 16

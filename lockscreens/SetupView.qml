@@ -32,7 +32,7 @@ Item {
             Layout.alignment: Qt.AlignHCenter
             Layout.bottomMargin: 4
         }
-        Text {
+        SpokenText {
             objectName: "title"
             Layout.fillWidth: true
             horizontalAlignment: Text.AlignHCenter
@@ -42,7 +42,7 @@ Item {
             font.family: form.disguised ? Qt.application.font.family : "serif"
             font.weight: form.disguised ? Font.DemiBold : Font.Bold
         }
-        Text {
+        SpokenText {
             objectName: "subtitle"
             Layout.fillWidth: true
             Layout.bottomMargin: 6
@@ -84,6 +84,7 @@ Item {
         }
         StatusLine {
             objectName: "mismatchHint"
+            notice: true
             Layout.fillWidth: true
             visible: form.mismatch
             symbol: "exclamationmark.circle.fill"
@@ -100,6 +101,7 @@ Item {
         }
         StatusLine {
             objectName: "errorLine"
+            notice: true
             Layout.fillWidth: true
             visible: form.error !== ""
             symbol: "xmark.circle.fill"

@@ -39,7 +39,7 @@ Item {
             Layout.alignment: Qt.AlignHCenter
             Layout.bottomMargin: 6
         }
-        Text {
+        SpokenText {
             objectName: "title"
             Layout.fillWidth: true
             horizontalAlignment: Text.AlignHCenter
@@ -49,7 +49,7 @@ Item {
             font.family: root.stealth ? Qt.application.font.family : "serif"
             font.weight: root.stealth ? Font.DemiBold : Font.Bold
         }
-        Text {
+        SpokenText {
             objectName: "subtitle"
             Layout.fillWidth: true
             Layout.bottomMargin: 8
@@ -73,6 +73,7 @@ Item {
         }
         StatusLine {
             objectName: "errorLine"
+            notice: true
             Layout.fillWidth: true
             visible: form.error !== ""
             symbol: "exclamationmark.triangle.fill"

@@ -10,6 +10,8 @@ RowLayout {
     property alias text: label.text
     property color color: Theme.secondaryText
     property alias font: label.font
+    // Announced as it appears (an error), not only there to be read.
+    property alias notice: label.notice
 
     spacing: 8
 
@@ -21,7 +23,7 @@ RowLayout {
         name: line.symbol
         color: line.color
     }
-    Text {
+    SpokenText {
         id: label
         Layout.fillWidth: true
         wrapMode: Text.Wrap

@@ -26,7 +26,7 @@ RowLayout {
             }
         }
     }
-    Text {
+    SpokenText {
         objectName: "strengthCaption"
         Layout.fillWidth: true
         text: bar.caption

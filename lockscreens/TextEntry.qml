@@ -73,17 +73,18 @@ FocusScope {
             Accessible.name: field.placeholderText
             Accessible.passwordEdit: echoMode !== TextInput.Normal
             onAccepted: field.accepted()
-        }
 
-        Text {
-            anchors.fill: parent
-            horizontalAlignment: entry.horizontalAlignment
-            verticalAlignment: Text.AlignVCenter
-            visible: entry.length === 0 && entry.preeditText === ""
-            text: field.placeholderText
-            font: entry.font
-            color: field.placeholderColor
-            elide: Text.ElideRight
+            // Inside the entry, whose name says it to a screen reader.
+            Text {
+                anchors.fill: parent
+                horizontalAlignment: entry.horizontalAlignment
+                verticalAlignment: Text.AlignVCenter
+                visible: entry.length === 0 && entry.preeditText === ""
+                text: field.placeholderText
+                font: entry.font
+                color: field.placeholderColor
+                elide: Text.ElideRight
+            }
         }
     }
 

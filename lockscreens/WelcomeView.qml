@@ -61,7 +61,7 @@ Item {
                 Layout.preferredHeight: 96
                 Layout.bottomMargin: 8
             }
-            Text {
+            SpokenText {
                 Layout.fillWidth: true
                 horizontalAlignment: Text.AlignHCenter
                 wrapMode: Text.Wrap
@@ -71,7 +71,7 @@ Item {
                 font.pixelSize: 30
                 font.bold: true
             }
-            Text {
+            SpokenText {
                 Layout.fillWidth: true
                 horizontalAlignment: Text.AlignHCenter
                 text: pager.introSubtitle
@@ -79,7 +79,7 @@ Item {
                 font.pixelSize: 15
                 font.weight: Font.DemiBold
             }
-            Text {
+            SpokenText {
                 Layout.fillWidth: true
                 Layout.topMargin: 8
                 horizontalAlignment: Text.AlignHCenter
@@ -99,7 +99,7 @@ Item {
                 maxContentWidth: 540
                 spacing: 16
 
-                Text {
+                SpokenText {
                     Layout.fillWidth: true
                     horizontalAlignment: Text.AlignHCenter
                     text: qsTr("Why Morvanta?")
@@ -139,7 +139,7 @@ Item {
                 maxContentWidth: 500
                 spacing: 14
 
-                Text {
+                SpokenText {
                     Layout.fillWidth: true
                     horizontalAlignment: Text.AlignHCenter
                     text: qsTr("Before you begin")
@@ -151,13 +151,13 @@ Item {
                 ColumnLayout {
                     Layout.fillWidth: true
                     spacing: 4
-                    Text {
+                    SpokenText {
                         text: qsTr("Perfect for")
                         color: Theme.gold
                         font.pixelSize: 13
                         font.weight: Font.DemiBold
                     }
-                    Text {
+                    SpokenText {
                         Layout.fillWidth: true
                         wrapMode: Text.Wrap
                         text: qsTr("Tax documents \u00B7 Passwords \u00B7 Personal photos \u00B7 Client files \u00B7 Legal records \u00B7 Apps \u00B7 Anything you'd hate to lose or expose.")

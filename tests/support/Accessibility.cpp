@@ -11,13 +11,16 @@ namespace testsupport {
 
 namespace {
 
-void collectFocusable(QQuickItem* item, QList<QQuickItem*>& found) {
+// What a sighted user finds on screen: the controls Tab reaches, and the texts.
+void collectShown(QQuickItem* item, QList<QQuickItem*>& focusable, QList<QQuickItem*>& texts) {
     if (!item->isVisible() || qFuzzyIsNull(item->opacity()))
         return;
     if (item->activeFocusOnTab())
-        found.append(item);
+        focusable.append(item);
+    if (item->inherits("QQuickText") && !item->property("text").toString().trimmed().isEmpty())
+        texts.append(item);
     for (QQuickItem* child : item->childItems())
-        collectFocusable(child, found);
+        collectShown(child, focusable, texts);
 }
 
 QString describe(QObject* object) {
@@ -62,7 +65,7 @@ QStringList accessibilityProblems(QQuickWindow* window, const QStringList& secre
     static const QList<QAccessible::Role> actedOn = {QAccessible::MenuItem, QAccessible::ColumnHeader,
                                                         QAccessible::Dialog};
     QStringList problems;
-    QSet<const QObject*> reached;
+    QHash<const QObject*, QString> reached; // what a screen reader hears of each
     const auto checkNameAndRole = [&](QAccessibleInterface* element, const QString& what) {
         const QAccessible::Role role = element->role();
         if (role == QAccessible::NoRole || role == QAccessible::Pane || role == QAccessible::Client)
@@ -72,9 +75,9 @@ QStringList accessibilityProblems(QQuickWindow* window, const QStringList& secre
     };
     visitAccessible(window, [&](QAccessibleInterface* element) {
         QObject* object = element->object();
-        reached.insert(object);
         const QString what = describe(object);
         const QString exposed = exposedText(element);
+        reached.insert(object, exposed);
         for (const QString& secret : secrets) {
             if (exposed.contains(secret))
                 problems << what + ": exposes a secret";
@@ -86,8 +89,17 @@ QStringList accessibilityProblems(QQuickWindow* window, const QStringList& secre
             problems << what + ": reports the wrong check state";
     });
 
-    QList<QQuickItem*> controls;
-    collectFocusable(window->contentItem(), controls);
+    QList<QQuickItem*> controls, texts;
+    collectShown(window->contentItem(), controls, texts);
+    // Each text is heard: as an element of its own, or in what the control it sits in says.
+    for (QQuickItem* text : texts) {
+        const QString shown = text->property("text").toString().trimmed();
+        QQuickItem* up = text;
+        while (up && !reached.value(up).contains(shown))
+            up = up->parentItem();
+        if (!up)
+            problems << describe(text) + ": shows \"" + shown + "\" to no screen reader";
+    }
     for (QQuickItem* item : controls) {
         const QString what = describe(item);
         QAccessibleInterface* element = QAccessible::queryAccessibleInterface(item);

@@ -130,6 +130,7 @@ private slots:
         QVERIFY(app.screenshot(shot + "-busy"));
         QTRY_VERIFY(app.shown(field == "answerField" ? "messageLine" : "errorLine"));
         QVERIFY(app.screenshot(shot + "-error"));
+        QCOMPARE(testsupport::accessibilityProblems(app.window()).join("; "), QString());
 
         if (auto* quiz = app.screen()->property("quiz").value<MathQuiz*>()) {
             app.item(field)->setProperty("text", QString::number(quiz->expectedAnswer()));
