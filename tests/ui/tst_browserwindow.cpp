@@ -160,8 +160,6 @@ private slots:
         };
         QTRY_VERIFY(named("header.Size"));
         QCOMPARE(testsupport::accessibilityProblems(w).join("; "), QString());
-        QCOMPARE(named("itemTable")->role(), QAccessible::Table);
-        QCOMPARE(named("header.Size")->role(), QAccessible::ColumnHeader);
         press("header.Size");
         QCOMPARE(v.table()->sortColumn(), int(ItemTableModel::SizeColumn));
 
@@ -193,12 +191,6 @@ private slots:
         for (const char* field : {"oldPasswordField", "newPasswordField", "confirmPasswordField"})
             v.app.typeInto(field, "hunter2hunter2");
         QCOMPARE(testsupport::accessibilityProblems(w, {"hunter2"}).join("; "), QString());
-        bool sheetNamed = false;
-        testsupport::visitAccessible(w, [&sheetNamed](QAccessibleInterface* element) {
-            sheetNamed |= element->role() == QAccessible::Dialog &&
-                          element->text(QAccessible::Name) == "Change Master Password";
-        });
-        QVERIFY(sheetNamed);
         // Return changes the password and closes the sheet. Shown again, the sheet starts empty;
         // Cancel closes it.
         v.app.typeInto("oldPasswordField", v.password);
