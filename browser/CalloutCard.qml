@@ -18,6 +18,9 @@ Rectangle {
     color: Qt.rgba(tint.r, tint.g, tint.b, 0.13)
     border.width: 1
     border.color: Qt.rgba(tint.r, tint.g, tint.b, 0.42)
+    // Said as the banner appears, wherever the keyboard is.
+    Accessible.role: Accessible.Notification
+    Accessible.name: text
 
     RowLayout {
         id: row
