@@ -3,6 +3,7 @@
 #include "AccessibleControls.h"
 #include "AppIdentity.h"
 #include "AppPalette.h"
+#include "ReturnPressesButtons.h"
 #include "engine/VaultManager.h"
 #include "platform/Panels.h"
 #include "platform/Settings.h"
@@ -24,5 +25,8 @@ QQuickWindow* loadMainWindow(QQmlApplicationEngine& engine, VaultManager& vault,
                                  {QStringLiteral("workspace"), QVariant::fromValue(&workspace)}});
     engine.load(QUrl(QStringLiteral("qrc:/qt/qml/Morvanta/Main.qml")));
     const QList<QObject*> roots = engine.rootObjects();
-    return roots.isEmpty() ? nullptr : qobject_cast<QQuickWindow*>(roots.first());
+    QQuickWindow* window = roots.isEmpty() ? nullptr : qobject_cast<QQuickWindow*>(roots.first());
+    if (window)
+        letReturnPressButtons(window);
+    return window;
 }
