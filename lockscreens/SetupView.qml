@@ -84,7 +84,6 @@ Item {
         }
         StatusLine {
             objectName: "mismatchHint"
-            notice: true
             Layout.fillWidth: true
             visible: form.mismatch
             symbol: "exclamationmark.circle.fill"
