@@ -18,9 +18,6 @@ Rectangle {
     color: Qt.rgba(tint.r, tint.g, tint.b, 0.13)
     border.width: 1
     border.color: Qt.rgba(tint.r, tint.g, tint.b, 0.42)
-    // Said as the banner appears, wherever the keyboard is.
-    Accessible.role: Accessible.Notification
-    Accessible.name: text
 
     RowLayout {
         id: row
@@ -39,8 +36,10 @@ Rectangle {
             name: card.symbol
             color: card.tint
         }
-        Label {
+        // Said as the banner appears, wherever the keyboard is.
+        SpokenText {
             id: label
+            notice: true
             objectName: card.objectName + "Text"
             Layout.fillWidth: true
             Layout.alignment: Qt.AlignVCenter
