@@ -11,7 +11,7 @@
 #include "platform/SingleInstance.h"
 #include "platform/Workspace.h"
 
-#include <QApplication>
+#include <QGuiApplication>
 #include <QQmlApplicationEngine>
 #include <QQuickWindow>
 #include <QtQml/QQmlExtensionPlugin>
@@ -43,12 +43,7 @@ int main(int argc, char* argv[]) {
         return runCommandLine(argc, argv);
 
     platform::FontWarmUp fonts;
-    // A widgets application only for the file pickers, which Qt offers as widgets.
-    const bool portalDialogs = platform::preferPortalFileDialogs();
-    QApplication app(argc, argv);
-    // The choice is this process's own, not the programs it opens files with.
-    if (portalDialogs)
-        qunsetenv("QT_QPA_PLATFORMTHEME");
+    QGuiApplication app(argc, argv);
     QGuiApplication::setOrganizationName(QStringLiteral("Morvanta"));
     QGuiApplication::setApplicationName(QStringLiteral("Morvanta"));
     QGuiApplication::setDesktopFileName(QStringLiteral("morvanta"));

@@ -16,6 +16,7 @@ deb=$work/morvanta_${version}_amd64.deb
 
 files=$(dpkg-deb -c "$deb" | awk '{print $6}')
 for f in bin/morvanta libexec/morvanta/morvanta-hdiutil libexec/morvanta/morvanta-remove-original \
+    libexec/morvanta/morvanta-panel \
     share/applications/morvanta.desktop share/icons/hicolor/scalable/apps/morvanta.svg \
     share/metainfo/org.morvanta.Morvanta.metainfo.xml share/man/man1/morvanta.1.gz \
     share/polkit-1/actions/org.morvanta.remove-original.policy \

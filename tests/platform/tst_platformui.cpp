@@ -1,7 +1,9 @@
 // The desktop's file pickers and file icons for real: Qt's own file dialogs run offscreen and
-// are answered from a timer, as a person would answer them.
+// are answered from a timer, as a person would answer them, and the panel program runs as the
+// window starts it.
 
 #include "platform/Panels.h"
+#include "platform/panel/PanelDialog.h"
 #include "platform/Workspace.h"
 #include "support/Trees.h"
 
@@ -13,6 +15,7 @@
 #include <QLineEdit>
 #include <QListView>
 #include <QPointer>
+#include <QProcess>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
@@ -22,11 +25,12 @@
 
 namespace {
 
-// What a panel answers once `work` has had its dialog, waited for while the event loop runs
-// (as the window's would); nothing when it never answers. A dialog `work` leaves open is
+// What the panel program would answer to `request` once `work` has had its dialog, waited
+// for while the event loop runs; nothing when it never answers. The request and the answer
+// go through the same encoding as between the two processes. A dialog `work` leaves open is
 // cancelled, so that a test fails instead of waiting forever.
-template <typename Answer, typename Open>
-std::optional<Answer> answerOf(Open open, const std::function<void(QFileDialog*)>& work) {
+std::optional<QStringList> answerOf(const platform::PanelRequest& request,
+                                    const std::function<void(QFileDialog*)>& work) {
     QTimer poll;
     QObject::connect(&poll, &QTimer::timeout, [&] {
         if (auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget())) {
@@ -37,12 +41,23 @@ std::optional<Answer> answerOf(Open open, const std::function<void(QFileDialog*)
         }
     });
     poll.start(20);
-    QObject owner;
-    std::optional<std::optional<Answer>> answer;
-    open(&owner, [&](const std::optional<Answer>& chosen) { answer = chosen; });
+    std::optional<QStringList> answer;
+    platform::showPanelDialog(*platform::decodePanelRequest(platform::encodePanelRequest(request)),
+                              [&](const QStringList& chosen) {
+                                  answer = platform::decodePanelAnswer(platform::encodePanelAnswer(chosen));
+                              });
     (void)QTest::qWaitFor([&] { return answer.has_value(); }, 20000);
-    return answer.value_or(std::nullopt);
+    return answer;
 }
+
+// Counts the keys that reach it.
+struct KeyCountingWindow : QWindow {
+    int keys = 0;
+    bool event(QEvent* event) override {
+        keys += event->type() == QEvent::KeyPress;
+        return QWindow::event(event);
+    }
+};
 
 } // namespace
 
@@ -60,15 +75,13 @@ private slots:
     }
 
     // Files and folders in one pick: a folder chosen in the list is taken, not opened, and the
-    // button says so; one typed is opened. A save panel proposes the name and type and says what it is for. A lock
-    // replaces the screen that asked: its panel closes, and nothing chosen arrives.
+    // button says so; one typed is opened. A save panel proposes the name and type and says
+    // what it is for.
     void panelsAnswerAsTheUserChose() {
         QTemporaryDir dir;
         const QString photos = dir.filePath("Photos");
         QDir().mkpath(photos);
-        platform::Panels panels;
-        const auto open = [&](auto... args) { panels.openPanel({true, true, true, "Add to Vault", {}}, args...); };
-        QCOMPARE(answerOf<QList<QUrl>>(open, [&](QFileDialog* dialog) {
+        QCOMPARE(answerOf({platform::OpenPanelOptions{true, true, true, "Add to Vault", {}}}, [&](QFileDialog* dialog) {
                      QCOMPARE(dialog->fileMode(), QFileDialog::ExistingFiles);
                      // A folder's name typed and Return: into the folder, as in any file dialog.
                      dialog->setDirectory(dir.path());
@@ -95,12 +108,11 @@ private slots:
                      QTRY_COMPARE(accept->text(), "Add to Vault");
                      QMetaObject::invokeMethod(dialog, "accept");
                  }),
-                 QList<QUrl>({QUrl::fromLocalFile(photos)}));
+                 QStringList(photos));
 
         const platform::SavePanelOptions options{"Back Up Vault", "Back Up", "Save an encrypted backup.",
                                                  "MorvantaVault-Backup.7z", {"application/x-7z-compressed"}};
-        const auto save = [&](auto... args) { panels.savePanel(options, args...); };
-        QCOMPARE(answerOf<QUrl>(save, [&](QFileDialog* dialog) {
+        QCOMPARE(answerOf({options}, [&](QFileDialog* dialog) {
                      QCOMPARE(dialog->findChild<QLabel*>("panelMessage")->text(), options.message);
                      QCOMPARE(dialog->nameFilters().size(), 1);
                      QVERIFY2(dialog->nameFilters().first().contains("*.7z"),
@@ -108,15 +120,32 @@ private slots:
                      dialog->setDirectory(dir.path());
                      QMetaObject::invokeMethod(dialog, "accept");
                  }),
-                 QUrl::fromLocalFile(dir.filePath("MorvantaVault-Backup.7z")));
-        QCOMPARE(answerOf<QUrl>(save, [](QFileDialog* dialog) { dialog->reject(); }), std::nullopt);
+                 QStringList(dir.filePath("MorvantaVault-Backup.7z")));
+        QCOMPARE(answerOf({options}, [](QFileDialog* dialog) { dialog->reject(); }), QStringList());
+    }
 
+    // The panel program for real: while it shows a panel the window takes no keys; a lock
+    // replaces the screen that asked, and the panel closes, nothing chosen arrives and the
+    // window takes keys again.
+    void aPanelHoldsTheWindowUntilItsOwnerGoes() {
+        KeyCountingWindow window;
+        window.show();
+        platform::Panels panels;
         auto owner = std::make_unique<QObject>();
         bool answered = false;
-        panels.savePanel(options, owner.get(), [&](const std::optional<QUrl>&) { answered = true; });
-        QTRY_VERIFY(qobject_cast<QFileDialog*>(QApplication::activeModalWidget()));
+        panels.savePanel({"Back Up Vault", "Back Up", {}, "backup.7z", {}}, owner.get(),
+                         [&](const std::optional<QUrl>&) { answered = true; });
+        auto* panel = panels.findChild<QProcess*>();
+        QVERIFY(panel && panel->waitForStarted());
+        QTest::keyClick(&window, Qt::Key_A);
+        QCOMPARE(window.keys, 0);
+
         owner.reset();
-        QTRY_VERIFY(!QApplication::activeModalWidget());
+        QTest::keyClick(&window, Qt::Key_A);
+        QCOMPARE(window.keys, 1);
+        QVERIFY(panel->waitForFinished(1500));
+        QCOMPARE(panel->exitStatus(), QProcess::NormalExit);
+        QCOMPARE(panel->exitCode(), 1); // read its request, showed it, and was closed
         QTest::qWait(50);
         QVERIFY(!answered);
     }
