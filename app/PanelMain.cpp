@@ -10,6 +10,7 @@
 
 #include <QApplication>
 #include <QFileDialog>
+#include <QPixmap>
 #include <QPointer>
 #include <QSocketNotifier>
 
@@ -33,8 +34,6 @@ bool readInput(QByteArray& buffer) {
 int main(int argc, char* argv[]) {
     platform::preferPortalFileDialogs();
     QApplication app(argc, argv);
-    // The window manager and the desktop show it as Morvanta's.
-    QGuiApplication::setDesktopFileName(QStringLiteral("morvanta"));
     installTranslation();
     applyAppPalette();
 
@@ -48,6 +47,16 @@ int main(int argc, char* argv[]) {
         return 2;
     }
     input.remove(0, end + 1);
+
+    // The window's own name and icon, before the dialog's window exists: X reads the instance
+    // half of its class from RESOURCE_NAME.
+    qputenv("RESOURCE_NAME", request->desktopFileName.toLocal8Bit());
+    QGuiApplication::setApplicationName(request->applicationName);
+    QGuiApplication::setApplicationDisplayName(request->applicationName);
+    QGuiApplication::setDesktopFileName(request->desktopFileName);
+    QPixmap icon;
+    if (icon.loadFromData(request->iconPng, "PNG"))
+        QGuiApplication::setWindowIcon(icon);
 
     const QPointer<QFileDialog> dialog =
         platform::showPanelDialog(*request, [](const QStringList& chosen) {

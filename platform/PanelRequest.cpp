@@ -24,7 +24,10 @@ QByteArray line(const QJsonDocument& document) {
 } // namespace
 
 QByteArray encodePanelRequest(const PanelRequest& request) {
-    QJsonObject json{{"parentWindow", QString::number(request.parentWindow)}};
+    QJsonObject json{{"parentWindow", QString::number(request.parentWindow)},
+                     {"applicationName", request.applicationName},
+                     {"desktopFileName", request.desktopFileName},
+                     {"icon", QString::fromLatin1(request.iconPng.toBase64())}};
     if (const auto* open = std::get_if<OpenPanelOptions>(&request.options)) {
         json.insert("kind", "open");
         json.insert("files", open->canChooseFiles);
@@ -48,6 +51,9 @@ std::optional<PanelRequest> decodePanelRequest(const QByteArray& line) {
     const QJsonObject json = QJsonDocument::fromJson(line).object();
     PanelRequest request;
     request.parentWindow = json["parentWindow"].toString().toULongLong();
+    request.applicationName = json["applicationName"].toString();
+    request.desktopFileName = json["desktopFileName"].toString();
+    request.iconPng = QByteArray::fromBase64(json["icon"].toString().toLatin1());
     const QString kind = json["kind"].toString();
     if (kind == "open") {
         request.options = OpenPanelOptions{json["files"].toBool(), json["folders"].toBool(),

@@ -36,6 +36,11 @@ struct PanelRequest {
     std::variant<OpenPanelOptions, SavePanelOptions> options;
     // The window the panel belongs to, as the display server names it; 0 for none.
     quint64 parentWindow = 0;
+    // Whose panel it says it is, as that window does: the application's name, its desktop
+    // entry and its icon (a PNG). A disguised window's panels wear the disguise too.
+    QString applicationName{};
+    QString desktopFileName{};
+    QByteArray iconPng{};
 };
 
 QByteArray encodePanelRequest(const PanelRequest& request);

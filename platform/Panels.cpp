@@ -2,9 +2,11 @@
 
 #include "ToolLocation.h"
 
+#include <QBuffer>
 #include <QEvent>
 #include <QGuiApplication>
 #include <QPointer>
+#include <QPixmap>
 #include <QProcess>
 #include <QTimer>
 #include <QWindow>
@@ -57,6 +59,11 @@ void Panels::run(PanelRequest request, QObject* owner,
     const QPointer<QWindow> over = QGuiApplication::focusWindow();
     if (over && QGuiApplication::platformName() == QLatin1String("xcb"))
         request.parentWindow = over->winId();
+    request.applicationName = QGuiApplication::applicationName();
+    request.desktopFileName = QGuiApplication::desktopFileName();
+    QBuffer icon(&request.iconPng);
+    icon.open(QIODevice::WriteOnly);
+    QGuiApplication::windowIcon().pixmap(QSize(64, 64)).save(&icon, "PNG");
 
     auto* panel = new QProcess(this);
     panel->setProgram(QString::fromStdString(helperProgramPath("morvanta-panel")));

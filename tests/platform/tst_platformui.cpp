@@ -122,6 +122,12 @@ private slots:
                  }),
                  QStringList(dir.filePath("MorvantaVault-Backup.7z")));
         QCOMPARE(answerOf({options}, [](QFileDialog* dialog) { dialog->reject(); }), QStringList());
+
+        // It says it is the window's: a disguised window's panel wears the disguise.
+        const platform::PanelRequest worn{{options}, 7, "Workspace", "workspace", "\x89PNG\r\n"};
+        const auto read = platform::decodePanelRequest(platform::encodePanelRequest(worn));
+        QVERIFY(read->parentWindow == 7 && read->applicationName == "Workspace");
+        QVERIFY(read->desktopFileName == "workspace" && read->iconPng == worn.iconPng);
     }
 
     // The panel program for real: while it shows a panel the window takes no keys; a lock
