@@ -20,6 +20,7 @@ bool isInput(QEvent::Type type) {
     case QEvent::MouseButtonPress:
     case QEvent::MouseButtonRelease:
     case QEvent::MouseButtonDblClick:
+    case QEvent::MouseMove: // hover, and the tooltips it brings
     case QEvent::Wheel:
     case QEvent::KeyPress:
     case QEvent::KeyRelease:
