@@ -1,12 +1,12 @@
 #include "AppIdentity.h"
 
 #include "AccessibleControls.h"
+#include "WornIdentity.h"
 #include "lockscreens/DisguiseMode.h"
 #include "platform/Settings.h"
 
 #include <QGuiApplication>
 #include <QIcon>
-#include <QWindow>
 
 AppIdentity appIdentityFor(const QString& disguiseRaw) {
     const QString name = windowTitle(disguiseRaw);
@@ -31,20 +31,8 @@ AppIdentity appIdentityFor(const QString& disguiseRaw) {
 }
 
 void applyAppIdentity(const AppIdentity& identity) {
-    // Read by X11 when the first window is made, for the instance half of its class; the
-    // other half is the application name.
-    if (QGuiApplication::allWindows().isEmpty())
-        qputenv("RESOURCE_NAME", identity.desktopFileName.toLocal8Bit());
-    // Settings already opened keep their file; nothing opens one by the application's name
-    // after the start.
-    QGuiApplication::setApplicationName(identity.name);
-    QGuiApplication::setApplicationDisplayName(identity.name);
-    QGuiApplication::setDesktopFileName(identity.desktopFileName);
+    wearIdentity(identity.name, identity.desktopFileName, QIcon(identity.iconPath));
     setApplicationDescription(identity.description);
-    const QIcon icon(identity.iconPath);
-    QGuiApplication::setWindowIcon(icon);
-    for (QWindow* window : QGuiApplication::topLevelWindows())
-        window->setIcon(icon);
 }
 
 void followDisguise(platform::Settings& settings) {

@@ -6,10 +6,12 @@
 
 #include "AppPalette.h"
 #include "Translation.h"
+#include "WornIdentity.h"
 #include "platform/panel/PanelDialog.h"
 
 #include <QApplication>
 #include <QFileDialog>
+#include <QIcon>
 #include <QPixmap>
 #include <QPointer>
 #include <QSocketNotifier>
@@ -48,15 +50,10 @@ int main(int argc, char* argv[]) {
     }
     input.remove(0, end + 1);
 
-    // The window's own name and icon, before the dialog's window exists: X reads the instance
-    // half of its class from RESOURCE_NAME.
-    qputenv("RESOURCE_NAME", request->desktopFileName.toLocal8Bit());
-    QGuiApplication::setApplicationName(request->applicationName);
-    QGuiApplication::setApplicationDisplayName(request->applicationName);
-    QGuiApplication::setDesktopFileName(request->desktopFileName);
+    // The window's own name and icon, before the dialog's window exists.
     QPixmap icon;
-    if (icon.loadFromData(request->iconPng, "PNG"))
-        QGuiApplication::setWindowIcon(icon);
+    icon.loadFromData(request->iconPng, "PNG");
+    wearIdentity(request->applicationName, request->desktopFileName, QIcon(icon));
 
     const QPointer<QFileDialog> dialog =
         platform::showPanelDialog(*request, [](const QStringList& chosen) {
